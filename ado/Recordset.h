@@ -1,0 +1,51 @@
+#pragma once
+// A client-side recordset: every row of a result read into memory when it opens, which is what
+// gives RecordCount. The same type carries results of the restaurant database (ODBC) and of the
+// host database. EOF/BOF are spelled Eof/Bof because EOF is a C library macro.
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/Variant.h"
+
+namespace kitra::ado {
+
+class Connection;
+
+class Recordset {
+public:
+    Recordset() = default;
+    Recordset(std::vector<std::string> columns, std::vector<std::vector<Variant>> rows);
+
+    // Runs the statement on an open connection and reads every row (restaurant database).
+    void Open(const std::string& statement, Connection& connection);
+    void Close();
+    bool IsOpen() const { return open_; }
+
+    bool Eof() const;
+    bool Bof() const;
+    void MoveNext();
+    void MoveFirst();
+    long RecordCount() const { return static_cast<long>(rows_.size()); }
+
+    // The current row's field, by name (case-insensitive) or by position. Asking for a field
+    // with no current row, or a name the result does not have, fails with the host's error.
+    const Variant& Field(std::string_view name) const;
+    const Variant& Field(std::size_t index) const;
+    const Variant& operator[](std::string_view name) const { return Field(name); }
+
+    const std::vector<std::string>& Columns() const { return columns_; }
+    bool HasField(std::string_view name) const;
+
+private:
+    std::size_t IndexOf(std::string_view name) const;
+
+    std::vector<std::string> columns_;
+    std::vector<std::vector<Variant>> rows_;
+    // Position 0..rows_.size(); rows_.size() is EOF. BOF only before MoveFirst on empty results.
+    std::size_t position_ = 0;
+    bool open_ = false;
+};
+
+}  // namespace kitra::ado
