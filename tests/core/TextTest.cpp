@@ -1,0 +1,56 @@
+#include "core/Text.h"
+
+#include <gtest/gtest.h>
+
+namespace kitra {
+namespace {
+
+TEST(Windows1252, CodesOfCharacters) {
+    EXPECT_EQ(Windows1252Code(U'A'), 65);
+    EXPECT_EQ(Windows1252Code(U' '), 32);
+    EXPECT_EQ(Windows1252Code(U'\t'), 9);
+    EXPECT_EQ(Windows1252Code(U'é'), 233);
+    EXPECT_EQ(Windows1252Code(U'Ç'), 199);
+    EXPECT_EQ(Windows1252Code(U'ª'), 170);
+    EXPECT_EQ(Windows1252Code(U'º'), 186);
+    EXPECT_EQ(Windows1252Code(U'€'), 128);
+    EXPECT_EQ(Windows1252Code(U'“'), 147);
+    EXPECT_EQ(Windows1252Code(U'Ÿ'), 159);
+    EXPECT_EQ(Windows1252Code(U'ÿ'), 255);
+    // Not representable in Windows-1252: Greek, emoji, C1 controls, the code points it leaves out.
+    EXPECT_EQ(Windows1252Code(U'Ω'), -1);
+    EXPECT_EQ(Windows1252Code(U'😀'), -1);
+    EXPECT_EQ(Windows1252Code(0x81), -1);
+    EXPECT_EQ(Windows1252Code(0x9D), -1);
+}
+
+TEST(Utf8, DecodeEncodeRoundTrip) {
+    const std::string text = "Açúcar ΩΣ 😀 €";
+    EXPECT_EQ(EncodeUtf8(DecodeUtf8(text)), text);
+    EXPECT_EQ(DecodeUtf8("ã").size(), 1u);
+    EXPECT_EQ(DecodeUtf8("😀").size(), 1u);
+}
+
+TEST(Utf8, InvalidBytesBecomeReplacementCharacters) {
+    const std::u32string decoded = DecodeUtf8(std::string("a\xff" "b\xc3", 4));
+    ASSERT_EQ(decoded.size(), 4u);
+    EXPECT_EQ(decoded[1], 0xFFFDu);
+    EXPECT_EQ(decoded[3], 0xFFFDu);
+    EXPECT_EQ(Windows1252Code(decoded[1]), -1);
+}
+
+TEST(Text, CaseInsensitiveKeys) {
+    EXPECT_TRUE(EqualsNoCase("Centro", "CENTRO"));
+    EXPECT_TRUE(EqualsNoCase("Conceição", "CONCEIÇÃO"));
+    EXPECT_FALSE(EqualsNoCase("Centro", "Centro "));
+    EXPECT_EQ(FoldCase("praia"), "PRAIA");
+}
+
+TEST(Text, Trim) {
+    EXPECT_EQ(Trim("  <a/> \r\n"), "<a/>");
+    EXPECT_EQ(Trim(""), "");
+    EXPECT_EQ(Trim("   "), "");
+}
+
+}  // namespace
+}  // namespace kitra
