@@ -1,0 +1,104 @@
+#pragma once
+// The import engine: one run over every configured restaurant. For each it keeps a text log
+// file, calls the importers in their fixed order, moves the restaurant's import dates, stores
+// the log as a row of Kitra2Log and reports a summary; at the end it saves the settings, has
+// the host compact its database and says that the import has finished.
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "ado/Connection.h"
+#include "core/Clock.h"
+#include "host/HostServices.h"
+#include "log/DSOKitraLog.h"
+#include "settings/KitraConnectorSetting.h"
+
+namespace kitra {
+
+// The per-restaurant record counters, in the order the importers run.
+enum class Counter {
+    Salesmen,
+    Customers,
+    Families,
+    Subfamilies,
+    Items,
+    Transactions,
+    CashMovements,
+    Receipts,
+};
+inline constexpr std::size_t kCounterCount = 8;
+
+class KitraExecutioner {
+public:
+    // `services` and `clock` must outlive the engine.
+    explicit KitraExecutioner(const host::HostServices& services,
+                              const Clock& clock = DefaultClock());
+    ~KitraExecutioner();
+
+    void SetEventNotifier(std::shared_ptr<host::IEventNotifier> notifier) {
+        eventNotifier_ = std::move(notifier);
+    }
+
+    // The run's entry.
+    void StartImport();
+
+    // Reporting services every importer uses.
+    void WriteLog(const std::string& section, const std::string& text);
+    void NotifyStatus(const std::string& text);
+    void NotifyProgress(long position, long total, const std::string& text);
+
+    // Counters, warnings and errors of the restaurant in progress.
+    std::int32_t& Count(Counter counter) { return counters_[static_cast<std::size_t>(counter)]; }
+    std::int32_t CountOf(Counter counter) const {
+        return counters_[static_cast<std::size_t>(counter)];
+    }
+    std::int32_t& WarningCount() { return warningCount_; }
+    std::int32_t& ErrorCount() { return errorCount_; }
+
+    // When set, importers' failures also show their message boxes; a run clears it.
+    bool showErrorMessageBoxs = true;
+
+    const std::string& StatusText() const { return statusText_; }
+    void SetStatusText(std::string text) { statusText_ = std::move(text); }
+    // The current log file's full path (empty before the first restaurant).
+    std::string LogFilePath() const;
+
+    // Shared conversions and lookups of the importers.
+    static std::string CleanText(const std::string& text);
+    std::int16_t GetTaxableGroupForRate(double rate) const;
+    double CalculateWithTaxableGroup(double value, std::int32_t taxableGroup) const;
+    double ParseHundredths(const std::string& text) const;
+    // Creates the fixed host records that imported documents refer to; never overwrites.
+    void EnsureHostDefaults();
+
+    const host::HostServices& Services() const { return services_; }
+    const KitraConnectorSetting* Settings() const { return settings_.get(); }
+    const Clock& GetClock() const { return clock_; }
+
+private:
+    static const Clock& DefaultClock();
+
+    void ImportRestaurants();
+    void ImportRestaurant(Restaurant& restaurant, bool& entityFailure, bool& transactionFailure);
+    void ReportSummary(const Restaurant& restaurant);
+    std::string GeneralDate(const DateTime& moment) const;
+    void ShowBox(const std::string& text, host::MessageStyle style, const std::string& title);
+
+    const host::HostServices& services_;
+    const Clock& clock_;
+    std::shared_ptr<host::IEventNotifier> eventNotifier_;
+    std::unique_ptr<KitraConnectorSetting> settings_;
+    std::optional<DSOKitraLog> logService_;
+    std::unique_ptr<ado::Connection> connection_;  // one per run, reused for every restaurant
+    std::string statusText_;
+    std::string logContents_;
+    std::string logFileName_;
+    std::array<std::int32_t, kCounterCount> counters_{};
+    std::int32_t warningCount_ = 0;
+    std::int32_t errorCount_ = 0;
+    bool hostDefaultsEnsured_ = false;
+};
+
+}  // namespace kitra
