@@ -1,0 +1,171 @@
+#include "connector/KitraConnector.h"
+
+#include <fmt/format.h>
+
+#include "connector/Module.h"
+#include "core/Text.h"
+#include "import/KitraExecutioner.h"
+#include "log/DSOKitraLog.h"
+#include "settings/KitraConnectorSetting.h"
+
+#ifndef KITRA_VERSION_MAJOR
+#error "the build gives the component's version"
+#endif
+
+namespace kitra::connector {
+
+std::string FormatComponentVersion(int major, int minor, int revision) {
+    return fmt::format("{}.{:02}.{:02}", major, minor, revision);
+}
+
+KitraConnector::KitraConnector() { ObjectCreated(); }
+
+KitraConnector::~KitraConnector() { ObjectDestroyed(); }
+
+host::HResult KitraConnector::QueryInterface(const host::Guid& iid, void** object) {
+    if (object == nullptr) return host::kPointer;
+    if (iid == host::kIID_IUnknown || iid == host::kIID_IConnector) {
+        *object = static_cast<host::IConnector*>(this);
+        AddRef();
+        return host::kOk;
+    }
+    *object = nullptr;
+    return host::kNoInterface;
+}
+
+std::uint32_t KitraConnector::AddRef() { return ++references_; }
+
+std::uint32_t KitraConnector::Release() {
+    const std::uint32_t left = --references_;
+    if (left == 0) delete this;
+    return left;
+}
+
+std::string KitraConnector::ConnectorID() { return "Quarn.Mercatill.Connector.Kitra"; }
+
+std::string KitraConnector::Description() { return "Integrador KitranaII"; }
+
+std::string KitraConnector::Signature(const std::string& text) {
+    return host::CurrentHostServices().signature->Sign(text);
+}
+
+bool KitraConnector::HasUISetting() { return true; }
+
+std::string KitraConnector::Version() {
+    return FormatComponentVersion(KITRA_VERSION_MAJOR, KITRA_VERSION_MINOR, KITRA_VERSION_PATCH);
+}
+
+void KitraConnector::SayDialogNotAvailable(const std::string& which) {
+    const host::HostServices& services = host::CurrentHostServices();
+    if (services.messageBoxes == nullptr) return;
+    services.messageBoxes->Show(which + " ainda não está disponível nesta versão do conector.",
+                                host::MessageStyle::Information, host::MessageButtons::Ok,
+                                services.application->Title());
+}
+
+bool KitraConnector::Config() {
+    try {
+        const host::HostServices& services = host::CurrentHostServices();
+        if (!services.application->ExternalUnsignedSeriesActive()) {
+            if (services.messageBoxes != nullptr) {
+                services.messageBoxes->Show(
+                    "Para poder executar este conector tem que ter séries não assinadas externas "
+                    "activas",
+                    host::MessageStyle::Information, host::MessageButtons::Ok,
+                    services.application->Title());
+            }
+            return false;
+        }
+        SayDialogNotAvailable("A janela de configuração do conector");
+        return false;
+    } catch (...) {
+        return false;
+    }
+}
+
+bool KitraConnector::Init() { return true; }
+
+void KitraConnector::Dispose() { eventNotifier_.reset(); }
+
+void KitraConnector::Execute() {
+    try {
+        KitraExecutioner engine(host::CurrentHostServices());
+        engine.SetEventNotifier(eventNotifier_);
+        engine.StartImport();
+    } catch (...) {
+        // The run reports its own outcome; Execute raises nothing to the host.
+    }
+}
+
+bool KitraConnector::ValidateSettings() {
+    try {
+        const host::HostServices& services = host::CurrentHostServices();
+        KitraConnectorSetting setting(*services.utility);
+        if (!services.settingsStore->Load(setting)) return false;
+        // The settings dialog's checks decide; until that dialog exists, stored settings that
+        // load are what there is to check.
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+void KitraConnector::EventNotifier(std::shared_ptr<host::IEventNotifier> notifier) {
+    eventNotifier_ = std::move(notifier);
+}
+
+bool KitraConnector::HasUITrace() { return true; }
+
+bool KitraConnector::LoadDefaults(const std::string& xml) {
+    try {
+        const host::HostServices& services = host::CurrentHostServices();
+        KitraConnectorSetting setting(*services.utility);
+        setting.FromXML(Trim(xml));
+        services.settingsStore->Save(setting);
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+bool KitraConnector::Save() { return false; }
+
+bool KitraConnector::Delete() {
+    try {
+        const host::HostServices& services = host::CurrentHostServices();
+        KitraConnectorSetting setting(*services.utility);
+        services.settingsStore->Delete(setting);
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+void KitraConnector::ShowTrace() {
+    try {
+        SayDialogNotAvailable("A janela do log de importações");
+    } catch (...) {
+    }
+}
+
+std::string KitraConnector::FunctionalLevel() { return "SQL09"; }
+
+void KitraConnector::ResetData() {
+    try {
+        DSOKitraLog(host::CurrentHostServices()).ResetLog();
+    } catch (...) {
+        // Nothing to tell the host: the log table is left as it was.
+    }
+}
+
+bool KitraConnector::HandleImportExport() { return false; }
+
+bool KitraConnector::HandleReExport() { return false; }
+
+void KitraConnector::ImportData() {}
+
+void KitraConnector::ExportData() {}
+
+void KitraConnector::ReExport(const Variant&, const Variant&, const Variant&, const Variant&) {}
+
+}  // namespace kitra::connector

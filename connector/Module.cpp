@@ -1,0 +1,102 @@
+// The module's four exported entry points and its class factory.
+#include "connector/Module.h"
+
+#include <atomic>
+#include <new>
+
+#include "connector/KitraConnector.h"
+#include "connector/Platform.h"
+#include "core/ComponentRegistry.h"
+
+namespace kitra::connector {
+namespace {
+
+std::atomic<long> g_objects{0};
+std::atomic<long> g_locks{0};
+
+// The class factory is a static object: it does not count as a live object of the module,
+// only LockServer holds the module in memory on its behalf.
+class KitraConnectorFactory final : public host::IClassFactory {
+public:
+    host::HResult QueryInterface(const host::Guid& iid, void** object) override {
+        if (object == nullptr) return host::kPointer;
+        if (iid == host::kIID_IUnknown || iid == host::kIID_IClassFactory) {
+            *object = static_cast<host::IClassFactory*>(this);
+            AddRef();
+            return host::kOk;
+        }
+        *object = nullptr;
+        return host::kNoInterface;
+    }
+    std::uint32_t AddRef() override { return 2; }
+    std::uint32_t Release() override { return 1; }
+
+    host::HResult CreateInstance(host::IUnknown* outer, const host::Guid& iid,
+                                 void** object) override {
+        if (object == nullptr) return host::kPointer;
+        *object = nullptr;
+        if (outer != nullptr) return host::kNoAggregation;
+        auto* connector = new (std::nothrow) KitraConnector();
+        if (connector == nullptr) return host::kOutOfMemory;
+        // The object starts with one reference; QueryInterface adds the caller's, Release
+        // drops ours, so a failed query leaves nothing alive.
+        const host::HResult result = connector->QueryInterface(iid, object);
+        connector->Release();
+        return result;
+    }
+
+    host::HResult LockServer(bool lock) override {
+        if (lock) {
+            ServerLocked();
+        } else {
+            ServerUnlocked();
+        }
+        return host::kOk;
+    }
+};
+
+KitraConnectorFactory g_factory;
+
+}  // namespace
+
+void ObjectCreated() { ++g_objects; }
+void ObjectDestroyed() { --g_objects; }
+void ServerLocked() { ++g_locks; }
+void ServerUnlocked() { --g_locks; }
+bool CanUnload() { return g_objects.load() == 0 && g_locks.load() == 0; }
+
+}  // namespace kitra::connector
+
+using namespace kitra;
+using namespace kitra::connector;
+
+extern "C" KITRA_EXPORT host::HResult DllGetClassObject(const host::Guid& clsid,
+                                                        const host::Guid& iid, void** object) {
+    if (object == nullptr) return host::kPointer;
+    *object = nullptr;
+    if (!(clsid == kCLSID_KitraConnector)) return host::kClassNotAvailable;
+    return g_factory.QueryInterface(iid, object);
+}
+
+extern "C" KITRA_EXPORT host::HResult DllCanUnloadNow() {
+    return CanUnload() ? host::kOk : host::kFalse;
+}
+
+extern "C" KITRA_EXPORT host::HResult DllRegisterServer() {
+    try {
+        RegisterComponent({host::GuidToString(kCLSID_KitraConnector), kProgID_KitraConnector,
+                           ModulePath()});
+        return host::kOk;
+    } catch (...) {
+        return host::kSelfRegClass;
+    }
+}
+
+extern "C" KITRA_EXPORT host::HResult DllUnregisterServer() {
+    try {
+        UnregisterComponent(host::GuidToString(kCLSID_KitraConnector));
+        return host::kOk;
+    } catch (...) {
+        return host::kSelfRegClass;
+    }
+}
