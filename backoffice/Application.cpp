@@ -1,0 +1,57 @@
+#include "backoffice/Application.h"
+
+#include <map>
+
+#include <fmt/format.h>
+
+#include "host/IDocumentSeriesService.h"
+
+namespace kitra::backoffice {
+namespace {
+
+// The texts other components take from the back office by number. Those that end in a blank
+// are the start of a sentence that the caller completes with the caption of a field.
+const std::map<long, std::string>& Texts() {
+    static const std::map<long, std::string> texts = {
+        {4130001, "Seleccione um valor em "},
+        {4130002, "Existem linhas incompletas em "},
+        {4130004, "Tem que definir pelo menos um registo em "},
+        {4130005, "Preencha o nome."},
+        {4130008, "Indique o fornecedor."},
+        {4130009, "Seleccione a série dos documentos."},
+        {4130010, "Atenção"},
+    };
+    return texts;
+}
+
+}  // namespace
+
+bool Application::ExternalUnsignedSeriesActive() const {
+    Statement active(database_, "SELECT 1 FROM document_series WHERE Kind=? AND Active<>0");
+    active.Bind({Variant(static_cast<std::int32_t>(host::SeriesKind::ExternalUnsigned))});
+    return active.Step();
+}
+
+std::string Application::Title() const { return "Kitrana Retaguarda"; }
+
+std::string Application::LogFolder() const {
+    const std::filesystem::path folder = dataFolder_ / "logs";
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error) {
+        throw Error(fmt::format("Não foi possível criar a pasta de registos '{}': {}",
+                                folder.string(), error.message()));
+    }
+    return folder.string();
+}
+
+std::string Application::Text(long id) const {
+    const auto found = Texts().find(id);
+    return found != Texts().end() ? found->second : std::string();
+}
+
+std::string Application::GeneralDateForm() const { return "dd-mm-yyyy hh:nn:ss"; }
+
+char Application::DecimalSeparator() const { return ','; }
+
+}  // namespace kitra::backoffice

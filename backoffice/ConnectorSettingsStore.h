@@ -1,0 +1,20 @@
+#pragma once
+// The back office's connector-settings store: table `connector_settings`, one row per pair of
+// keys.
+#include "backoffice/Database.h"
+#include "host/IConnectorSettingsStore.h"
+
+namespace kitra::backoffice {
+
+class ConnectorSettingsStore final : public host::IConnectorSettingsStore {
+public:
+    explicit ConnectorSettingsStore(Database& database) : database_(database) {}
+    void Save(const host::IGenericSetting& setting) override;
+    void Delete(const host::IGenericSetting& setting) override;
+    bool Load(host::IGenericSetting& setting) const override;
+
+private:
+    Database& database_;
+};
+
+}  // namespace kitra::backoffice

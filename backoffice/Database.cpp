@@ -1,0 +1,297 @@
+#include "backoffice/Database.h"
+
+#include <sqlite3.h>
+
+#include <cctype>
+#include <climits>
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "core/DateTime.h"
+
+namespace kitra::backoffice {
+namespace {
+
+std::string UpperCase(std::string_view text) {
+    std::string upper(text);
+    for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return upper;
+}
+
+// How a value read from a column should be typed, from the column's declared type.
+enum class DeclaredKind { Other, Date, Boolean };
+
+DeclaredKind KindOf(const char* declaredType) {
+    if (declaredType == nullptr) return DeclaredKind::Other;
+    const std::string upper = UpperCase(declaredType);
+    if (upper == "DATETIME" || upper == "DATE") return DeclaredKind::Date;
+    if (upper == "BOOLEAN") return DeclaredKind::Boolean;
+    return DeclaredKind::Other;
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------- Statement
+
+Statement::Statement(const Database& database, std::string_view sql)
+    : database_(database), sql_(sql) {
+    const char* tail = nullptr;
+    const int rc = sqlite3_prepare_v2(database_.Handle(), sql_.data(),
+                                      static_cast<int>(sql_.size()), &statement_, &tail);
+    if (rc != SQLITE_OK) throw database_.Failure(rc, "preparar a instrução");
+    if (statement_ == nullptr) throw Error("A instrução SQL está vazia.");
+    // One statement per call: anything after the first (other than blanks and ";") would be
+    // silently ignored by SQLite, so it is refused instead.
+    for (const char* p = tail; p != nullptr && *p != '\0'; ++p) {
+        if (!std::isspace(static_cast<unsigned char>(*p)) && *p != ';') {
+            sqlite3_finalize(statement_);
+            statement_ = nullptr;
+            throw Error("Só é aceite uma instrução SQL de cada vez.");
+        }
+    }
+}
+
+Statement::~Statement() { sqlite3_finalize(statement_); }
+
+Statement& Statement::Bind(const std::vector<Variant>& values) {
+    const int expected = sqlite3_bind_parameter_count(statement_);
+    if (expected != static_cast<int>(values.size())) {
+        throw Error(fmt::format("A instrução espera {} valores e recebeu {}.", expected,
+                                values.size()));
+    }
+    for (std::size_t i = 0; i < values.size(); ++i) Bind(static_cast<int>(i), values[i]);
+    return *this;
+}
+
+Statement& Statement::Bind(int position, const Variant& value) {
+    const int index = position + 1;
+    int rc = SQLITE_OK;
+    switch (value.GetType()) {
+        case Variant::Type::Empty:
+        case Variant::Type::Null:
+            rc = sqlite3_bind_null(statement_, index);
+            break;
+        case Variant::Type::Integer:
+        case Variant::Type::Long:
+            rc = sqlite3_bind_int(statement_, index, value.ToInt32());
+            break;
+        case Variant::Type::Boolean:
+            rc = sqlite3_bind_int(statement_, index, value.ToBool() ? 1 : 0);
+            break;
+        case Variant::Type::Double:
+            rc = sqlite3_bind_double(statement_, index, value.ToDouble());
+            break;
+        case Variant::Type::Date: {
+            const std::string text = FormatIsoDateTime(value.ToDate());
+            rc = sqlite3_bind_text(statement_, index, text.data(), static_cast<int>(text.size()),
+                                   SQLITE_TRANSIENT);
+            break;
+        }
+        case Variant::Type::String: {
+            const std::string& text = *value.AsString();
+            rc = sqlite3_bind_text(statement_, index, text.data(), static_cast<int>(text.size()),
+                                   SQLITE_TRANSIENT);
+            break;
+        }
+    }
+    if (rc != SQLITE_OK) throw database_.Failure(rc, "associar um valor à instrução");
+    return *this;
+}
+
+bool Statement::Step() {
+    const int rc = sqlite3_step(statement_);
+    if (rc == SQLITE_ROW) return true;
+    if (rc == SQLITE_DONE) return false;
+    // Leave the statement ready for another run and report the real cause.
+    const Error failure = database_.Failure(rc, "executar a instrução");
+    sqlite3_reset(statement_);
+    throw failure;
+}
+
+void Statement::Run() {
+    while (Step()) {
+    }
+}
+
+void Statement::Reset() {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+}
+
+int Statement::ColumnCount() const { return sqlite3_column_count(statement_); }
+
+std::string Statement::ColumnName(int column) const {
+    const char* name = sqlite3_column_name(statement_, column);
+    return name != nullptr ? name : "";
+}
+
+bool Statement::ColumnIsNull(int column) const {
+    return sqlite3_column_type(statement_, column) == SQLITE_NULL;
+}
+
+std::string Statement::ColumnText(int column) const {
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+    if (text == nullptr) return {};
+    return std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+}
+
+Variant Statement::Column(int column) const {
+    const DeclaredKind kind = KindOf(sqlite3_column_decltype(statement_, column));
+    switch (sqlite3_column_type(statement_, column)) {
+        case SQLITE_NULL:
+            return Variant::Null();
+        case SQLITE_INTEGER: {
+            const sqlite3_int64 value = sqlite3_column_int64(statement_, column);
+            if (kind == DeclaredKind::Boolean) return Variant(value != 0);
+            if (value >= INT32_MIN && value <= INT32_MAX)
+                return Variant(static_cast<std::int32_t>(value));
+            return Variant(static_cast<double>(value));
+        }
+        case SQLITE_FLOAT: {
+            const double value = sqlite3_column_double(statement_, column);
+            if (kind == DeclaredKind::Boolean) return Variant(value != 0);
+            return Variant(value);
+        }
+        default: {
+            std::string text = ColumnText(column);
+            if (kind == DeclaredKind::Date) {
+                if (auto date = ParseIsoDateTime(text)) return Variant(*date);
+            }
+            return Variant(std::move(text));
+        }
+    }
+}
+
+ado::Recordset Statement::ReadAll() {
+    std::vector<std::string> columns;
+    for (int c = 0; c < ColumnCount(); ++c) columns.push_back(ColumnName(c));
+    std::vector<std::vector<Variant>> rows;
+    while (Step()) {
+        std::vector<Variant> row;
+        row.reserve(columns.size());
+        for (int c = 0; c < ColumnCount(); ++c) row.push_back(Column(c));
+        rows.push_back(std::move(row));
+    }
+    return ado::Recordset(std::move(columns), std::move(rows));
+}
+
+// ---------------------------------------------------------------- Database
+
+Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(file) {
+    std::error_code ignored;
+    const bool exists = std::filesystem::exists(file_, ignored);
+    if (mode == OpenMode::Existing && !exists)
+        throw Error(fmt::format("A base de dados '{}' não existe.", file_.string()));
+    if (mode == OpenMode::CreateNew && exists)
+        throw Error(fmt::format("A base de dados '{}' já existe.", file_.string()));
+
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX |
+                      (mode == OpenMode::CreateNew ? SQLITE_OPEN_CREATE : 0);
+    const int rc = sqlite3_open_v2(file_.c_str(), &db_, flags, nullptr);
+    if (rc != SQLITE_OK) {
+        const std::string message = db_ != nullptr ? sqlite3_errmsg(db_) : sqlite3_errstr(rc);
+        sqlite3_close(db_);
+        db_ = nullptr;
+        throw Error(fmt::format("Não foi possível abrir a base de dados '{}': {}", file_.string(),
+                                message),
+                    rc);
+    }
+    sqlite3_extended_result_codes(db_, 1);
+    sqlite3_busy_timeout(db_, kBusyTimeoutMilliseconds);
+    try {
+        // WAL is a property of the file; switching needs a moment of exclusive access, so it is
+        // done only when the file is not in WAL yet (in practice: when it is created).
+        bool inWal = false;
+        {
+            Statement mode(*this, "PRAGMA journal_mode");
+            inWal = mode.Step() && UpperCase(mode.ColumnText(0)) == "WAL";
+        }
+        if (!inWal) {
+            Statement wal(*this, "PRAGMA journal_mode=WAL");
+            if (!wal.Step() || UpperCase(wal.ColumnText(0)) != "WAL")
+                throw Error("Não foi possível pôr a base de dados em modo WAL.");
+        }
+        // NORMAL in WAL: a commit survives a crash of the program; a power cut may lose the
+        // last commits but never leaves the file inconsistent (see docs/backoffice-schema.md).
+        Exec("PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=ON;");
+    } catch (...) {
+        sqlite3_close(db_);
+        db_ = nullptr;
+        throw;
+    }
+}
+
+Database::~Database() { sqlite3_close_v2(db_); }
+
+void Database::Exec(std::string_view sql) {
+    const std::string text(sql);
+    char* message = nullptr;
+    const int rc = sqlite3_exec(db_, text.c_str(), nullptr, nullptr, &message);
+    if (rc != SQLITE_OK) {
+        const std::string detail = message != nullptr ? message : sqlite3_errstr(rc);
+        sqlite3_free(message);
+        throw Error(fmt::format("Erro na base de dados da retaguarda: {}", detail), rc);
+    }
+}
+
+long Database::Changes() const { return sqlite3_changes(db_); }
+
+int Database::UserVersion() const {
+    Statement version(*this, "PRAGMA user_version");
+    return version.Step() ? version.Column(0).ToInt32() : 0;
+}
+
+void Database::SetUserVersion(int version) {
+    // PRAGMA takes no parameters; the value is a number formatted here, never user text.
+    Exec(fmt::format("PRAGMA user_version={:d}", version));
+}
+
+Error Database::Failure(int code, std::string_view doing) const {
+    const char* message = db_ != nullptr ? sqlite3_errmsg(db_) : sqlite3_errstr(code);
+    return Error(fmt::format("Erro na base de dados da retaguarda ao {}: {}", doing, message),
+                 code);
+}
+
+// ---------------------------------------------------------------- Transaction
+
+Transaction::Transaction(Database& database) : database_(database) {
+    database_.Exec("BEGIN IMMEDIATE");
+}
+
+Transaction::~Transaction() {
+    if (open_) {
+        try {
+            database_.Exec("ROLLBACK");
+        } catch (...) {
+            // Nothing more can be done from a destructor; SQLite rolls back on close anyway.
+        }
+    }
+}
+
+void Transaction::Commit() {
+    database_.Exec("COMMIT");
+    open_ = false;
+}
+
+// ---------------------------------------------------------------- identifiers
+
+bool IsPlainIdentifier(std::string_view name) {
+    if (name.empty() || name.size() > 128) return false;
+    const auto isLetter = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+    };
+    if (!isLetter(name.front())) return false;
+    for (char c : name) {
+        if (!isLetter(c) && !(c >= '0' && c <= '9')) return false;
+    }
+    return true;
+}
+
+std::string QuoteIdentifier(std::string_view name) {
+    if (!IsPlainIdentifier(name))
+        throw Error(fmt::format("'{}' não é um nome válido de tabela ou coluna.", name));
+    return fmt::format("\"{}\"", name);
+}
+
+}  // namespace kitra::backoffice

@@ -1,0 +1,251 @@
+#include "backoffice/Schema.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace kitra::backoffice {
+namespace {
+
+// Version 1: the company, tax, master data, and the connectors' settings. Documents (sales,
+// stock, cash, account transactions) come in later versions.
+// Texts are NOT NULL with '' as default so that readers never meet a null where a record has
+// an empty text. Text keys compare without regard to letter case, as users type codes.
+constexpr const char* kVersion1 = R"sql(
+CREATE TABLE company (
+    CompanyID INTEGER PRIMARY KEY CHECK (CompanyID = 1),
+    Name TEXT NOT NULL,
+    FederalTaxID TEXT NOT NULL DEFAULT '',
+    AddressLine1 TEXT NOT NULL DEFAULT '',
+    AddressLine2 TEXT NOT NULL DEFAULT '',
+    PostalCode TEXT NOT NULL DEFAULT '',
+    Locality TEXT NOT NULL DEFAULT '',
+    CountryID TEXT NOT NULL,
+    TaxRegionID INTEGER NOT NULL,
+    CurrencyID TEXT NOT NULL,
+    DefaultUnitOfSaleID TEXT NOT NULL,
+    DefaultSalesZoneID INTEGER NOT NULL,
+    DefaultCustomerTypeID INTEGER NOT NULL,
+    DefaultPaymentTermID INTEGER NOT NULL,
+    DefaultTenderID INTEGER NOT NULL,
+    DefaultPriceLineID INTEGER NOT NULL CHECK (DefaultPriceLineID BETWEEN 1 AND 5),
+    FOREIGN KEY (CountryID, TaxRegionID) REFERENCES tax_regions (CountryID, TaxRegionID)
+);
+
+CREATE TABLE tax_regions (
+    CountryID TEXT NOT NULL,
+    TaxRegionID INTEGER NOT NULL,
+    Description TEXT NOT NULL DEFAULT '',
+    PRIMARY KEY (CountryID, TaxRegionID)
+);
+
+CREATE TABLE taxable_groups (
+    TaxableGroupID INTEGER PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT ''
+);
+
+CREATE TABLE taxable_group_rates (
+    TaxableGroupID INTEGER NOT NULL REFERENCES taxable_groups (TaxableGroupID) ON DELETE CASCADE,
+    CountryID TEXT NOT NULL,
+    TaxRegionID INTEGER NOT NULL,
+    Rate REAL NOT NULL,
+    PRIMARY KEY (TaxableGroupID, CountryID, TaxRegionID),
+    FOREIGN KEY (CountryID, TaxRegionID) REFERENCES tax_regions (CountryID, TaxRegionID)
+);
+CREATE INDEX taxable_group_rates_by_rate ON taxable_group_rates (CountryID, TaxRegionID, Rate);
+
+CREATE TABLE salesmen (
+    SalesmanID INTEGER PRIMARY KEY,
+    Name TEXT NOT NULL DEFAULT '',
+    Password TEXT NOT NULL DEFAULT '',
+    Telephone TEXT NOT NULL DEFAULT '',
+    MobilePhone TEXT NOT NULL DEFAULT '',
+    AddressLine1 TEXT NOT NULL DEFAULT '',
+    AddressLine2 TEXT NOT NULL DEFAULT '',
+    Locality TEXT NOT NULL DEFAULT '',
+    PostalCode TEXT NOT NULL DEFAULT '',
+    Email TEXT NOT NULL DEFAULT ''
+);
+
+CREATE TABLE customers (
+    CustomerID INTEGER PRIMARY KEY,
+    OrganizationName TEXT NOT NULL DEFAULT '',
+    CardID TEXT NOT NULL DEFAULT '',
+    DirectDiscount REAL NOT NULL DEFAULT 0,
+    AddressLine1 TEXT NOT NULL DEFAULT '',
+    AddressLine2 TEXT NOT NULL DEFAULT '',
+    PostalCode TEXT NOT NULL DEFAULT '',
+    Telephone TEXT NOT NULL DEFAULT '',
+    MobileTelephone TEXT NOT NULL DEFAULT '',
+    Email TEXT NOT NULL DEFAULT '',
+    FederalTaxID TEXT NOT NULL DEFAULT '',
+    CountryID TEXT NOT NULL DEFAULT '',
+    TaxRegionID INTEGER NOT NULL DEFAULT 0,
+    CurrencyID TEXT NOT NULL DEFAULT '',
+    SalesZoneID INTEGER NOT NULL DEFAULT 0,
+    CustomerTypeID INTEGER NOT NULL DEFAULT 0,
+    PaymentTermID INTEGER NOT NULL DEFAULT 0,
+    TenderID INTEGER NOT NULL DEFAULT 0,
+    PriceLineID INTEGER NOT NULL DEFAULT 0,
+    UpdateDate DATETIME,
+    Active BOOLEAN NOT NULL DEFAULT 0,
+    SubjectToTax BOOLEAN NOT NULL DEFAULT 0,
+    AllowCreditSales BOOLEAN NOT NULL DEFAULT 0,
+    SendAccountStatements BOOLEAN NOT NULL DEFAULT 0
+);
+CREATE INDEX customers_by_tax_id ON customers (FederalTaxID);
+
+CREATE TABLE families (
+    FamilyID INTEGER PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT '',
+    Description2 TEXT NOT NULL DEFAULT '',
+    FullPath TEXT NOT NULL DEFAULT '',
+    ParentFamilyID INTEGER NOT NULL DEFAULT 0,
+    ParentDescription TEXT NOT NULL DEFAULT '',
+    Discount REAL NOT NULL DEFAULT 0,
+    UnitOfSaleID TEXT NOT NULL DEFAULT '',
+    MaximumDiscountPercent REAL NOT NULL DEFAULT 100
+);
+CREATE INDEX families_by_parent ON families (ParentFamilyID);
+
+CREATE TABLE items (
+    ItemID TEXT NOT NULL COLLATE NOCASE PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT '',
+    ShortDescription TEXT NOT NULL DEFAULT '',
+    TaxableGroupID INTEGER NOT NULL DEFAULT 0,
+    BarCode TEXT NOT NULL DEFAULT '',
+    ReadQuantityFromScale BOOLEAN NOT NULL DEFAULT 0,
+    UnitOfSaleID TEXT NOT NULL DEFAULT '',
+    FamilyID INTEGER NOT NULL DEFAULT 0,
+    StockManagement BOOLEAN NOT NULL DEFAULT 0,
+    SupplierID INTEGER NOT NULL DEFAULT 0,
+    ItemType INTEGER NOT NULL DEFAULT 0
+);
+CREATE INDEX items_by_family ON items (FamilyID);
+CREATE INDEX items_by_bar_code ON items (BarCode);
+
+CREATE TABLE item_prices (
+    ItemID TEXT NOT NULL COLLATE NOCASE
+        REFERENCES items (ItemID) ON DELETE CASCADE ON UPDATE CASCADE,
+    PriceLineID INTEGER NOT NULL CHECK (PriceLineID BETWEEN 1 AND 5),
+    PriceWithTax REAL NOT NULL DEFAULT 0,
+    PriceWithoutTax REAL NOT NULL DEFAULT 0,
+    PRIMARY KEY (ItemID, PriceLineID)
+);
+
+CREATE TABLE tenders (
+    TenderID INTEGER PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT '',
+    TenderType INTEGER NOT NULL,
+    GivesChange BOOLEAN NOT NULL DEFAULT 0,
+    MaximumAmount REAL NOT NULL DEFAULT 0,
+    CommissionPercent REAL NOT NULL DEFAULT 0,
+    OpensCashDrawer BOOLEAN NOT NULL DEFAULT 0
+);
+
+CREATE TABLE document_types (
+    DocumentTypeID TEXT NOT NULL COLLATE NOCASE PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT '',
+    Kind INTEGER NOT NULL CHECK (Kind BETWEEN 1 AND 9)
+);
+
+CREATE TABLE document_series (
+    SeriesID TEXT NOT NULL COLLATE NOCASE PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT '',
+    Kind INTEGER NOT NULL CHECK (Kind BETWEEN 1 AND 3),
+    Active BOOLEAN NOT NULL DEFAULT 1
+);
+
+CREATE TABLE warehouses (
+    WarehouseID INTEGER PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT ''
+);
+
+CREATE TABLE workstations (
+    WorkstationID INTEGER PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT ''
+);
+
+CREATE TABLE suppliers (
+    SupplierID INTEGER PRIMARY KEY,
+    OrganizationName TEXT NOT NULL DEFAULT '',
+    FederalTaxID TEXT NOT NULL DEFAULT ''
+);
+
+CREATE TABLE places (
+    PlaceID INTEGER PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT ''
+);
+
+CREATE TABLE units_of_sale (
+    UnitOfSaleID TEXT NOT NULL COLLATE NOCASE PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT ''
+);
+
+CREATE TABLE customer_types (
+    CustomerTypeID INTEGER PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT '',
+    PriceLineID INTEGER NOT NULL DEFAULT 1 CHECK (PriceLineID BETWEEN 1 AND 5)
+);
+
+CREATE TABLE sales_zones (
+    SalesZoneID INTEGER PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT '',
+    CountryID TEXT NOT NULL DEFAULT '',
+    TaxRegionID INTEGER NOT NULL DEFAULT 0,
+    CurrencyID TEXT NOT NULL DEFAULT '',
+    ZoneType INTEGER NOT NULL DEFAULT 0 CHECK (ZoneType BETWEEN 0 AND 2)
+);
+
+CREATE TABLE payment_terms (
+    PaymentTermID INTEGER PRIMARY KEY,
+    Description TEXT NOT NULL DEFAULT '',
+    DueDays INTEGER NOT NULL DEFAULT 0 CHECK (DueDays >= 0)
+);
+
+CREATE TABLE connector_settings (
+    Key1 TEXT NOT NULL,
+    Key2 TEXT NOT NULL,
+    SettingXml TEXT NOT NULL,
+    ExportToBranch BOOLEAN NOT NULL DEFAULT 0,
+    UpdateDate DATETIME NOT NULL,
+    PRIMARY KEY (Key1, Key2)
+);
+)sql";
+
+// Step k brings a file of version k-1 to version k.
+constexpr const char* kSteps[] = {kVersion1};
+static_assert(std::size(kSteps) == kSchemaVersion);
+
+}  // namespace
+
+void UpgradeSchema(Database& database) {
+    if (database.UserVersion() == kSchemaVersion) return;
+    // The write lock first, then the version: two programs opening an old file at once must not
+    // both run the same step.
+    Transaction transaction(database);
+    const int version = database.UserVersion();
+    if (version > kSchemaVersion) {
+        throw Error(fmt::format(
+            "Esta retaguarda tem a versão {} do esquema, mais recente do que a versão {} que este "
+            "programa conhece. Actualize o programa.",
+            version, kSchemaVersion));
+    }
+    for (int step = version + 1; step <= kSchemaVersion; ++step) database.Exec(kSteps[step - 1]);
+    database.SetUserVersion(kSchemaVersion);
+    transaction.Commit();
+}
+
+std::vector<std::string> SchemaTables() {
+    std::vector<std::string> tables = {
+        "company",        "connector_settings", "customer_types", "customers",
+        "document_series", "document_types",    "families",       "item_prices",
+        "items",          "payment_terms",      "places",         "sales_zones",
+        "salesmen",       "suppliers",          "tax_regions",    "taxable_group_rates",
+        "taxable_groups", "tenders",            "units_of_sale",  "warehouses",
+        "workstations"};
+    std::sort(tables.begin(), tables.end());
+    return tables;
+}
+
+}  // namespace kitra::backoffice

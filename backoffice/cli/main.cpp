@@ -1,0 +1,13 @@
+// kitra-host: the reference host's program.
+#include <unistd.h>
+
+#include <iostream>
+
+#include "backoffice/cli/KitraHost.h"
+
+int main(int argc, char** argv) {
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    // Questions are asked only of a person at a terminal; a script gets "No".
+    std::istream* in = ::isatty(STDIN_FILENO) ? &std::cin : nullptr;
+    return kitra::backoffice::cli::RunKitraHost(arguments, in, std::cout, std::cerr);
+}
