@@ -33,8 +33,6 @@ ColumnMapping<Record> MapColumn(std::string column, Member Record::*member) {
         const Member& value = record.*member;
         if constexpr (std::is_enum_v<Member>) {
             return Variant(static_cast<std::int32_t>(value));
-        } else if constexpr (std::is_same_v<Member, double>) {
-            return Variant(value);
         } else {
             return Variant(value);
         }
@@ -106,9 +104,7 @@ public:
         selectSql_ = fmt::format("SELECT {} FROM {} WHERE {}=?", columns, table, key);
         listSql_ = fmt::format("SELECT {} FROM {} ORDER BY {}", columns, table, key);
         insertSql_ = fmt::format("INSERT INTO {} ({}) VALUES ({})", table, columns, placeholders);
-        updateSql_ = assignments.empty()
-                         ? existsSql_
-                         : fmt::format("UPDATE {} SET {} WHERE {}=?", table, assignments, key);
+        updateSql_ = fmt::format("UPDATE {} SET {} WHERE {}=?", table, assignments, key);
     }
 
     bool Exists(const Key& key) const override {
@@ -177,7 +173,7 @@ private:
         return record;
     }
 
-    TableMapping<Record> mapping_;
+    TableMapping<Record> mapping_;  // every table has at least one column besides its key
     std::string existsSql_, selectSql_, listSql_, insertSql_, updateSql_;
 };
 

@@ -1,0 +1,137 @@
+// Two programs on one back office at the same time: the second waits for the first's write
+// lock (busy timeout) instead of failing with "database is locked", and two programs creating
+// a back office in one folder never both succeed.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <iostream>
+#include <thread>
+
+#include "tests/backoffice/TempFolder.h"
+
+namespace kitra::backoffice {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+// Saves `count` salesmen with keys from `firstKey`, each in its own transaction, reading one
+// back after each save; 0 when every call succeeded.
+int WriteSalesmen(const std::filesystem::path& data, int firstKey, int count,
+                  Clock::time_point start) {
+    try {
+        BackOffice office(data);
+        std::this_thread::sleep_until(start);
+        for (int i = 0; i < count; ++i) {
+            const double key = firstKey + i;
+            office.salesmen.Save(testing::NamedSalesman(key, "Vendedor " + std::to_string(firstKey + i)), key, true);
+            if (!office.salesmen.Exists(key)) return 2;
+            office.tenders.List();
+        }
+        return 0;
+    } catch (const std::exception& error) {
+        std::cerr << "writer " << firstKey << ": " << error.what() << "\n";
+        return 1;
+    }
+}
+
+int ExitCodeOf(pid_t child) {
+    int status = 0;
+    if (::waitpid(child, &status, 0) != child) return -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(TwoPrograms, WriteTheSameBackOfficeAtOnce) {
+    testing::TempFolder folder;
+    const auto data = folder.Path() / "data";
+    BackOffice::Create(data);
+    constexpr int kEach = 2000;
+    // Both start writing at the same moment, with no connection open across the fork.
+    const Clock::time_point start = Clock::now() + 300ms;
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) ::_exit(WriteSalesmen(data, 100000, kEach, start));
+    const int parent = WriteSalesmen(data, 200000, kEach, start);
+    EXPECT_EQ(ExitCodeOf(child), 0);
+    EXPECT_EQ(parent, 0);
+
+    BackOffice office(data);
+    EXPECT_EQ(office.salesmen.List().size(), 2u * kEach);
+}
+
+TEST(TwoPrograms, ASaveWaitsForAnotherProgramsLongWrite) {
+    testing::TempFolder folder;
+    const auto data = folder.Path() / "data";
+    BackOffice::Create(data);
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        // Holds the write lock for most of a second, then commits.
+        try {
+            BackOffice office(data);
+            Transaction transaction(office.GetDatabase());
+            Statement insert(office.GetDatabase(),
+                             "INSERT INTO warehouses (WarehouseID, Description) VALUES (?,?)");
+            insert.Bind({Variant(std::int32_t{3}), Variant("Armazém da outra aplicação")}).Run();
+            const char go = 'g';
+            if (::write(ready[1], &go, 1) != 1) ::_exit(3);
+            std::this_thread::sleep_for(800ms);
+            transaction.Commit();
+            ::_exit(0);
+        } catch (...) {
+            ::_exit(1);
+        }
+    }
+    ::close(ready[1]);
+    char go = 0;
+    ASSERT_EQ(::read(ready[0], &go, 1), 1);
+    ::close(ready[0]);
+
+    BackOffice office(data);
+    const auto before = Clock::now();
+    EXPECT_NO_THROW(office.warehouses.Save({4, "Armazém deste programa"}, 4, true));
+    const auto waited = Clock::now() - before;
+    EXPECT_EQ(ExitCodeOf(child), 0);
+    EXPECT_GT(waited, 300ms) << "the save should have waited for the other program's lock";
+    EXPECT_TRUE(office.warehouses.Exists(3));
+    EXPECT_TRUE(office.warehouses.Exists(4));
+}
+
+TEST(TwoPrograms, CreatingTheSameBackOfficeAtOnceSucceedsOnlyOnce) {
+    testing::TempFolder folder;
+    const auto data = folder.Path() / "data";
+    const Clock::time_point start = Clock::now() + 200ms;
+    pid_t children[2];
+    for (pid_t& child : children) {
+        child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            std::this_thread::sleep_until(start);
+            try {
+                BackOffice::Create(data);
+                ::_exit(0);
+            } catch (const Error&) {
+                ::_exit(1);
+            }
+        }
+    }
+    const int first = ExitCodeOf(children[0]);
+    const int second = ExitCodeOf(children[1]);
+    EXPECT_EQ((first == 0) + (second == 0), 1) << first << " " << second;
+    EXPECT_EQ((first == 1) + (second == 1), 1) << first << " " << second;
+    BackOffice office(data);
+    EXPECT_TRUE(office.tenders.Exists(1));
+    // No draft file is left behind.
+    for (const auto& entry : std::filesystem::directory_iterator(data)) {
+        const std::string name = entry.path().filename().string();
+        EXPECT_TRUE(name.rfind(kBackOfficeFileName, 0) == 0 || name == "logs") << name;
+    }
+}
+
+}  // namespace
+}  // namespace kitra::backoffice
