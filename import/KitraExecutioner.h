@@ -75,6 +75,10 @@ public:
 
     const host::HostServices& Services() const { return services_; }
     const KitraConnectorSetting* Settings() const { return settings_.get(); }
+    // Gives the engine settings without a run (StartImport loads its own).
+    void UseSettings(const KitraConnectorSetting& settings) {
+        settings_ = std::make_unique<KitraConnectorSetting>(settings);
+    }
     const Clock& GetClock() const { return clock_; }
 
 private:

@@ -20,8 +20,15 @@ std::string KitraExecutioner::CleanText(const std::string& text) {
 std::int16_t KitraExecutioner::GetTaxableGroupForRate(double rate) const {
     std::int16_t group = 0;
     for (const TaxableGroupMapping& row : settings_->TaxableGroupEquivalence) {
-        // Equivalences are written with "." whatever the host's own separator.
-        if (services_.utility->ParseNumber(row.KitraVAT, '.') == rate) {
+        // Equivalences are written with "." whatever the host's own separator; a row whose
+        // rate is not such a number (say "23,0") matches no rate.
+        double rowRate = 0;
+        try {
+            rowRate = services_.utility->ParseNumber(row.KitraVAT, '.');
+        } catch (const Error&) {
+            continue;
+        }
+        if (rowRate == rate) {
             group = row.TaxableGroupID;
             break;
         }

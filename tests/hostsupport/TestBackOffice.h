@@ -8,43 +8,13 @@
 #include <vector>
 
 #include "backoffice/BackOffice.h"
+#include "backoffice/RecordingServices.h"
 #include "host/HostServices.h"
 
 namespace kitra::testing {
 
-class RecordingNotifier final : public host::IEventNotifier {
-public:
-    struct Progress {
-        long position;
-        long total;
-        std::string text;
-    };
-    void NotifyProgress(long position, long total, const std::string& text) override {
-        progress.push_back({position, total, text});
-    }
-    void NotifyStatus(const std::string& text) override { statuses.push_back(text); }
-
-    std::vector<Progress> progress;
-    std::vector<std::string> statuses;
-};
-
-class RecordingMessageBoxes final : public host::IMessageBoxService {
-public:
-    struct Box {
-        std::string text;
-        host::MessageStyle style;
-        host::MessageButtons buttons;
-        std::string title;
-    };
-    host::MessageAnswer Show(const std::string& text, host::MessageStyle style,
-                             host::MessageButtons buttons, const std::string& title) override {
-        boxes.push_back({text, style, buttons, title});
-        return buttons == host::MessageButtons::YesNo ? answer : host::MessageAnswer::Ok;
-    }
-
-    std::vector<Box> boxes;
-    host::MessageAnswer answer = host::MessageAnswer::Yes;
-};
+using RecordingNotifier = backoffice::RecordingEventNotifier;
+using RecordingMessageBoxes = backoffice::RecordingMessageBoxes;
 
 class TestBackOffice {
 public:

@@ -87,14 +87,14 @@ TEST_F(DSOKitraLogTest, GetLogInfoReadsContentsOnlyWhenAsked) {
 
 TEST_F(DSOKitraLogTest, GetLogInfoOfAMissingRowGivesNothingQuietly) {
     EXPECT_FALSE(log.GetLogInfo("Centro", march1, true));
-    EXPECT_TRUE(office.boxes.boxes.empty());
+    EXPECT_TRUE(office.boxes.shown.empty());
 }
 
 TEST_F(DSOKitraLogTest, GetLogInfoFailureIsShownAndGivesNothing) {
     office.Services().connection->Execute(host::SqlStatement("DROP TABLE Kitra2Log"));
     EXPECT_FALSE(log.GetLogInfo("Centro", march1, true));
-    ASSERT_EQ(office.boxes.boxes.size(), 1u);
-    const auto& box = office.boxes.boxes[0];
+    ASSERT_EQ(office.boxes.shown.size(), 1u);
+    const auto& box = office.boxes.shown[0];
     EXPECT_EQ(box.title, "Erro");
     EXPECT_EQ(box.style, host::MessageStyle::Exclamation);
     EXPECT_EQ(box.buttons, host::MessageButtons::Ok);
