@@ -13,12 +13,19 @@ namespace {
 // are the start of a sentence that the caller completes with the caption of a field.
 const std::map<long, std::string>& Texts() {
     static const std::map<long, std::string> texts = {
+        // A choice is missing (or must be another one) in the field whose caption follows.
         {4130001, "Seleccione um valor em "},
+        // A grid, named by the caption that follows, has a row with an empty cell.
         {4130002, "Existem linhas incompletas em "},
+        // A list, named by the caption that follows, needs at least one entry.
         {4130004, "Tem que definir pelo menos um registo em "},
+        // A record's name is empty.
         {4130005, "Preencha o nome."},
+        // No supplier is chosen.
         {4130008, "Indique o fornecedor."},
+        // No document series is chosen.
         {4130009, "Seleccione a série dos documentos."},
+        // Title of the boxes that report what is missing in a form.
         {4130010, "Atenção"},
     };
     return texts;

@@ -242,11 +242,6 @@ int Database::UserVersion() const {
     return version.Step() ? version.Column(0).ToInt32() : 0;
 }
 
-void Database::SetUserVersion(int version) {
-    // PRAGMA takes no parameters; the value is a number formatted here, never user text.
-    Exec(fmt::format("PRAGMA user_version={:d}", version));
-}
-
 Error Database::Failure(int code, std::string_view doing) const {
     const char* message = db_ != nullptr ? sqlite3_errmsg(db_) : sqlite3_errstr(code);
     return Error(fmt::format("Erro na base de dados da retaguarda ao {}: {}", doing, message),

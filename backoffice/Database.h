@@ -76,8 +76,8 @@ public:
     void Exec(std::string_view sql);
     long Changes() const;
 
+    // The schema version kept in the file (PRAGMA user_version); the upgrade scripts set it.
     int UserVersion() const;
-    void SetUserVersion(int version);
 
     // An Error that carries SQLite's own message for the last failure on this connection.
     Error Failure(int code, std::string_view doing) const;

@@ -211,9 +211,11 @@ CREATE TABLE connector_settings (
     UpdateDate DATETIME NOT NULL,
     PRIMARY KEY (Key1, Key2)
 );
+
+PRAGMA user_version=1;
 )sql";
 
-// Step k brings a file of version k-1 to version k.
+// Step k brings a file of version k-1 to version k, and ends by writing k as the version.
 constexpr const char* kSteps[] = {kVersion1};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
@@ -232,7 +234,8 @@ void UpgradeSchema(Database& database) {
             version, kSchemaVersion));
     }
     for (int step = version + 1; step <= kSchemaVersion; ++step) database.Exec(kSteps[step - 1]);
-    database.SetUserVersion(kSchemaVersion);
+    if (database.UserVersion() != kSchemaVersion)
+        throw Error("A actualização do esquema da retaguarda não chegou à versão esperada.");
     transaction.Commit();
 }
 

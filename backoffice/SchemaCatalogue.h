@@ -7,6 +7,8 @@
 //   2, 3 (integers)            -> SMALLINT, INTEGER;  5 -> DOUBLE;  11 -> BOOLEAN (0 or 1)
 // A primary-key index becomes the table's PRIMARY KEY constraint under the index's name, and
 // its columns are NOT NULL; other indexes become CREATE [UNIQUE] INDEX.
+// SQLite takes no parameters in CREATE statements, so only checked identifiers (quoted) and
+// the sizes (whole numbers) are written into them.
 #include "backoffice/Database.h"
 #include "host/ISchemaCatalogue.h"
 
