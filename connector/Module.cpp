@@ -1,7 +1,6 @@
 // The module's four exported entry points and its class factory.
 #include "connector/Module.h"
 
-#include <atomic>
 #include <new>
 
 #include "connector/KitraConnector.h"
@@ -10,9 +9,6 @@
 
 namespace kitra::connector {
 namespace {
-
-std::atomic<long> g_objects{0};
-std::atomic<long> g_locks{0};
 
 // The class factory is a static object: it does not count as a live object of the module,
 // only LockServer holds the module in memory on its behalf.
@@ -58,12 +54,6 @@ public:
 KitraConnectorFactory g_factory;
 
 }  // namespace
-
-void ObjectCreated() { ++g_objects; }
-void ObjectDestroyed() { --g_objects; }
-void ServerLocked() { ++g_locks; }
-void ServerUnlocked() { --g_locks; }
-bool CanUnload() { return g_objects.load() == 0 && g_locks.load() == 0; }
 
 }  // namespace kitra::connector
 
