@@ -39,5 +39,13 @@ struct Command {
 const std::vector<Command>& AllCommands();
 
 int RunInit(CommandContext& context);
+int RunInfo(CommandContext& context);
+int RunSettings(CommandContext& context);
+int RunValidate(CommandContext& context);
+int RunExecute(CommandContext& context);
+int RunLog(CommandContext& context);
+int RunResetData(CommandContext& context);
+int RunRegister(CommandContext& context);
+int RunUnregister(CommandContext& context);
 
 }  // namespace kitra::backoffice::cli

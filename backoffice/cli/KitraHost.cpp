@@ -20,7 +20,12 @@ void PrintHelp(std::ostream& out) {
         << "Comandos:\n";
     for (const Command& command : AllCommands()) {
         std::string head = command.name + (command.arguments.empty() ? "" : " " + command.arguments);
-        if (head.size() < 14) head.resize(14, ' ');
+        // A long head gets the summary on the next line, under the other summaries.
+        if (head.size() < 14) {
+            head.resize(14, ' ');
+        } else {
+            head += "\n" + std::string(16, ' ');
+        }
         out << "  " << head << " " << command.summary << "\n";
     }
     out << "  help           Mostra esta ajuda.\n\n"

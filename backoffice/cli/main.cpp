@@ -3,9 +3,13 @@
 
 #include <iostream>
 
+#include "ado/DriverRegistration.h"
 #include "backoffice/cli/KitraHost.h"
 
 int main(int argc, char** argv) {
+    // The restaurant connections name their ODBC driver "MySQL ODBC 5.1 Driver"; when the
+    // machine does not register that name, the project's own registration is used.
+    kitra::ado::EnsureDriverRegistration();
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     // Questions are asked only of a person at a terminal; a script gets "No".
     std::istream* in = ::isatty(STDIN_FILENO) ? &std::cin : nullptr;

@@ -1,0 +1,112 @@
+#include "backoffice/cli/ComponentLoader.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "core/ComponentRegistry.h"
+#include "core/Error.h"
+
+#ifndef KITRA_CONNECTOR_MODULE_BUILT
+#define KITRA_CONNECTOR_MODULE_BUILT ""
+#endif
+
+namespace kitra::backoffice::cli {
+namespace fs = std::filesystem;
+
+namespace {
+// The class id of the connector this program was built with; the registry may name another.
+constexpr host::Guid kBuiltConnectorClassId{
+    0x3F6E9A24, 0x71C8, 0x4D5B, {0xA0, 0xE2, 0x8B, 0x9C, 0x4D, 0x17, 0xF5, 0xA6}};
+
+std::string HResultText(host::HResult result) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(result));
+    return text;
+}
+
+fs::path ProgramFolder() {
+    std::error_code ec;
+    const fs::path self = fs::read_symlink("/proc/self/exe", ec);
+    return ec ? fs::path() : self.parent_path();
+}
+}  // namespace
+
+ComponentModule::ComponentModule(const std::string& path) : path_(path) {
+    handle_ = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle_ == nullptr) {
+        const char* why = ::dlerror();
+        throw Error("Não foi possível carregar o componente '" + path + "': " +
+                    (why != nullptr ? why : "erro desconhecido"));
+    }
+}
+
+ComponentModule::~ComponentModule() {
+    if (handle_ != nullptr && CanUnloadNow()) ::dlclose(handle_);
+}
+
+void* ComponentModule::Symbol(const char* name) {
+    void* symbol = ::dlsym(handle_, name);
+    if (symbol == nullptr) {
+        throw Error("O componente '" + path_ + "' não exporta " + name + ".");
+    }
+    return symbol;
+}
+
+host::HResult ComponentModule::RegisterServer() {
+    return reinterpret_cast<host::DllRegisterServerFn>(Symbol("DllRegisterServer"))();
+}
+
+host::HResult ComponentModule::UnregisterServer() {
+    return reinterpret_cast<host::DllUnregisterServerFn>(Symbol("DllUnregisterServer"))();
+}
+
+bool ComponentModule::CanUnloadNow() {
+    return reinterpret_cast<host::DllCanUnloadNowFn>(Symbol("DllCanUnloadNow"))() == host::kOk;
+}
+
+host::ComPtr<host::IConnector> ComponentModule::CreateConnector(const host::Guid& clsid) {
+    auto getClassObject =
+        reinterpret_cast<host::DllGetClassObjectFn>(Symbol("DllGetClassObject"));
+    host::ComPtr<host::IClassFactory> factory;
+    host::HResult result = getClassObject(clsid, host::kIID_IClassFactory, factory.Out());
+    if (result != host::kOk || !factory) {
+        throw Error("O componente '" + path_ + "' não tem a classe " + host::GuidToString(clsid) +
+                    " (" + HResultText(result) + ").");
+    }
+    host::ComPtr<host::IConnector> connector;
+    result = factory->CreateInstance(nullptr, host::kIID_IConnector, connector.Out());
+    if (result != host::kOk || !connector) {
+        throw Error("Não foi possível criar o conector (" + HResultText(result) + ").");
+    }
+    return connector;
+}
+
+std::string ConnectorModulePath() {
+    if (auto entry = FindComponent(kConnectorProgId)) return entry->modulePath;
+    if (const char* explicitPath = std::getenv("KITRA_CONNECTOR_MODULE");
+        explicitPath != nullptr && *explicitPath != '\0') {
+        return explicitPath;
+    }
+    std::error_code ec;
+    if (const fs::path beside = ProgramFolder() / "POSConnectorKitra.so"; fs::exists(beside, ec)) {
+        return beside.string();
+    }
+    if (std::string built = KITRA_CONNECTOR_MODULE_BUILT; !built.empty() && fs::exists(built, ec)) {
+        return built;
+    }
+    throw Error(
+        "O componente POSConnectorKitra não está registado nem foi encontrado. Registe-o com "
+        "'kitra-host register' ou indique o ficheiro em KITRA_CONNECTOR_MODULE.");
+}
+
+host::Guid ConnectorClassId() {
+    if (auto entry = FindComponent(kConnectorProgId)) {
+        if (auto clsid = host::GuidFromString(entry->clsid)) return *clsid;
+    }
+    return kBuiltConnectorClassId;
+}
+
+}  // namespace kitra::backoffice::cli

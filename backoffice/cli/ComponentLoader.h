@@ -1,0 +1,43 @@
+#pragma once
+// How kitra-host reaches the connector: it finds the component's module, loads it, asks its
+// class factory for the class and gets the IConnector interface. Nothing else of the module is
+// called directly.
+#include <string>
+
+#include "host/Com.h"
+#include "host/IConnector.h"
+
+namespace kitra::backoffice::cli {
+
+inline constexpr const char* kConnectorProgId = "POSConnectorKitra.KitraConnector";
+
+// A loaded component module; unloaded when it goes, if the module agrees (DllCanUnloadNow).
+class ComponentModule {
+public:
+    explicit ComponentModule(const std::string& path);
+    ~ComponentModule();
+    ComponentModule(const ComponentModule&) = delete;
+    ComponentModule& operator=(const ComponentModule&) = delete;
+
+    const std::string& Path() const { return path_; }
+    host::HResult RegisterServer();
+    host::HResult UnregisterServer();
+    bool CanUnloadNow();
+    // Creates an object of the class through the module's class factory.
+    host::ComPtr<host::IConnector> CreateConnector(const host::Guid& clsid);
+
+private:
+    void* Symbol(const char* name);
+
+    std::string path_;
+    void* handle_ = nullptr;
+};
+
+// The module file of the connector: the component registry's entry for its programmatic id,
+// else $KITRA_CONNECTOR_MODULE, else the module built beside this program.
+std::string ConnectorModulePath();
+
+// The class id the registry gives the connector, or the one this program was built with.
+host::Guid ConnectorClassId();
+
+}  // namespace kitra::backoffice::cli

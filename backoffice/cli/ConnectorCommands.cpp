@@ -1,0 +1,243 @@
+// The commands that drive the connector component, and the commands on its log table.
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <ostream>
+#include <sstream>
+
+#include "backoffice/BackOffice.h"
+#include "backoffice/ConsoleServices.h"
+#include "backoffice/cli/Command.h"
+#include "backoffice/cli/ComponentLoader.h"
+#include "backoffice/cli/TerminalNotifier.h"
+#include "core/DateTime.h"
+#include "core/Error.h"
+
+namespace kitra::backoffice::cli {
+namespace {
+
+constexpr const char* kEndOfRun = "A importação chegou ao fim.";
+
+// The connector's settings as the host files them, read without the connector's own classes:
+// the host only knows the keys and the text.
+class StoredSettingsText final : public host::IGenericSetting {
+public:
+    std::string Key1() const override { return "Quarn.Mercatill.Connector"; }
+    std::string Key2() const override { return "Kitra"; }
+    bool ExportToBranch() const override { return false; }
+    void FromXML(const std::string& xml) override { text = xml; }
+    std::string ToXML() const override { return text; }
+    std::string text;
+};
+
+// Console message boxes that also remember whether the end of a run was announced.
+class WatchingMessageBoxes final : public host::IMessageBoxService {
+public:
+    WatchingMessageBoxes(std::istream* in, std::ostream& out) : console_(in, out) {}
+    host::MessageAnswer Show(const std::string& text, host::MessageStyle style,
+                             host::MessageButtons buttons, const std::string& title) override {
+        if (text == kEndOfRun) runEnded = true;
+        return console_.Show(text, style, buttons, title);
+    }
+    bool runEnded = false;
+
+private:
+    ConsoleMessageBoxes console_;
+};
+
+// The back office opened, its services installed for the process, the component loaded and
+// one connector created through the class factory; all undone in reverse order.
+class ConnectorSession {
+public:
+    explicit ConnectorSession(CommandContext& context)
+        : office_(context.dataFolder),
+          notifier_(std::make_shared<TerminalNotifier>(context.out, ::isatty(STDOUT_FILENO) == 1)),
+          boxes_(context.in, context.out),
+          services_(office_.Services(notifier_.get(), &boxes_)) {
+        host::InstallHostServices(&services_);
+        try {
+            module_ = std::make_unique<ComponentModule>(ConnectorModulePath());
+            connector_ = module_->CreateConnector(ConnectorClassId());
+            connector_->EventNotifier(notifier_);
+            connector_->Init();
+        } catch (...) {
+            host::InstallHostServices(nullptr);
+            throw;
+        }
+    }
+    ~ConnectorSession() {
+        if (connector_) connector_->Dispose();
+        connector_.Reset();
+        module_.reset();
+        host::InstallHostServices(nullptr);
+    }
+    ConnectorSession(const ConnectorSession&) = delete;
+    ConnectorSession& operator=(const ConnectorSession&) = delete;
+
+    host::IConnector& Connector() { return *connector_.Get(); }
+    BackOffice& Office() { return office_; }
+    bool RunEnded() const { return boxes_.runEnded; }
+
+private:
+    BackOffice office_;
+    std::shared_ptr<TerminalNotifier> notifier_;
+    WatchingMessageBoxes boxes_;
+    host::HostServices services_;
+    std::unique_ptr<ComponentModule> module_;
+    host::ComPtr<host::IConnector> connector_;
+};
+
+void ExpectArguments(const CommandContext& context, std::size_t count, const std::string& usage) {
+    if (context.arguments.size() != count) throw UsageError("Uso: kitra-host " + usage);
+}
+
+const char* YesNo(bool value) { return value ? "True" : "False"; }
+
+DateTime ParseMoment(const std::string& text) {
+    auto moment = ParseIsoDateTime(text);
+    if (!moment) {
+        throw UsageError("Data inválida: '" + text + "'. Use o formato \"aaaa-mm-dd hh:mm:ss\".");
+    }
+    return *moment;
+}
+
+bool LogTableExists(BackOffice& office) { return office.schema.TableExists("Kitra2Log"); }
+
+}  // namespace
+
+int RunInfo(CommandContext& context) {
+    ExpectArguments(context, 0, "info");
+    ConnectorSession session(context);
+    host::IConnector& c = session.Connector();
+    context.out << "ConnectorID: " << c.ConnectorID() << "\n"
+                << "Description: " << c.Description() << "\n"
+                << "Version: " << c.Version() << "\n"
+                << "FunctionalLevel: " << c.FunctionalLevel() << "\n"
+                << "HasUISetting: " << YesNo(c.HasUISetting()) << "\n"
+                << "HasUITrace: " << YesNo(c.HasUITrace()) << "\n"
+                << "HandleImportExport: " << YesNo(c.HandleImportExport()) << "\n"
+                << "HandleReExport: " << YesNo(c.HandleReExport()) << "\n";
+    return kExitOk;
+}
+
+int RunSettings(CommandContext& context) {
+    const std::string usage = "settings load FICHEIRO | settings show | settings delete";
+    if (context.arguments.empty()) throw UsageError("Uso: kitra-host " + usage);
+    const std::string action = context.arguments.front();
+    if (action == "load") {
+        ExpectArguments(context, 2, "settings load FICHEIRO");
+        std::ifstream in(context.arguments[1], std::ios::binary);
+        if (!in) throw Error("Não foi possível ler o ficheiro '" + context.arguments[1] + "'.");
+        const std::string xml((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        ConnectorSession session(context);
+        if (!session.Connector().LoadDefaults(xml)) {
+            context.err << "kitra-host: o conector recusou as configurações.\n";
+            return kExitFailure;
+        }
+        context.out << "Configurações guardadas.\n";
+        return kExitOk;
+    }
+    if (action == "show") {
+        ExpectArguments(context, 1, "settings show");
+        BackOffice office(context.dataFolder);
+        StoredSettingsText stored;
+        if (!office.settingsStore.Load(stored)) {
+            context.err << "kitra-host: não há configurações guardadas.\n";
+            return kExitFailure;
+        }
+        context.out << stored.text << "\n";
+        return kExitOk;
+    }
+    if (action == "delete") {
+        ExpectArguments(context, 1, "settings delete");
+        ConnectorSession session(context);
+        if (!session.Connector().Delete()) return kExitFailure;
+        context.out << "Configurações apagadas.\n";
+        return kExitOk;
+    }
+    throw UsageError("Uso: kitra-host " + usage);
+}
+
+int RunValidate(CommandContext& context) {
+    ExpectArguments(context, 0, "validate");
+    ConnectorSession session(context);
+    const bool valid = session.Connector().ValidateSettings();
+    context.out << (valid ? "As configurações são válidas.\n" : "As configurações não são válidas.\n");
+    return valid ? kExitOk : kExitFailure;
+}
+
+int RunExecute(CommandContext& context) {
+    ExpectArguments(context, 0, "execute");
+    ConnectorSession session(context);
+    session.Connector().Execute();
+    return session.RunEnded() ? kExitOk : kExitFailure;
+}
+
+int RunResetData(CommandContext& context) {
+    ExpectArguments(context, 0, "reset-data");
+    ConnectorSession session(context);
+    session.Connector().ResetData();
+    context.out << "O log de importações foi esvaziado.\n";
+    return kExitOk;
+}
+
+int RunLog(CommandContext& context) {
+    const std::string usage =
+        "log list | log show RESTAURANTE \"aaaa-mm-dd hh:mm:ss\" | log delete RESTAURANTE "
+        "\"aaaa-mm-dd hh:mm:ss\"";
+    if (context.arguments.empty()) throw UsageError("Uso: kitra-host " + usage);
+    const std::string action = context.arguments.front();
+    BackOffice office(context.dataFolder);
+    if (action == "list") {
+        ExpectArguments(context, 1, "log list");
+        if (!LogTableExists(office)) return kExitOk;
+        ado::Recordset rs = office.connection.Query(
+            host::SqlStatement("SELECT RestaurantID, ImportDate FROM Kitra2Log ORDER BY ImportDate DESC"));
+        for (; !rs.Eof(); rs.MoveNext()) {
+            context.out << rs["RestaurantID"].ToText() << "\t"
+                        << FormatIsoDateTime(rs["ImportDate"].ToDate()) << "\n";
+        }
+        return kExitOk;
+    }
+    if (action != "show" && action != "delete") throw UsageError("Uso: kitra-host " + usage);
+    ExpectArguments(context, 3, "log " + action + " RESTAURANTE \"aaaa-mm-dd hh:mm:ss\"");
+    const std::string& restaurant = context.arguments[1];
+    const DateTime moment = ParseMoment(context.arguments[2]);
+    const host::SqlFields row{{"RestaurantID", restaurant}, {"ImportDate", Variant(moment)}};
+    const std::string missing = "Não existe registo de log do restaurante '" + restaurant +
+                                "' em " + FormatIsoDateTime(moment) + ".";
+    if (!LogTableExists(office)) throw Error(missing);
+    if (action == "show") {
+        ado::Recordset rs = office.connection.Query(office.statements.Select("Kitra2Log", {"Contents"}, row));
+        if (rs.Eof()) throw Error(missing);
+        context.out << (rs["Contents"].IsNull() ? std::string() : rs["Contents"].ToText());
+        return kExitOk;
+    }
+    if (office.connection.Execute(office.statements.Delete("Kitra2Log", row)) == 0) throw Error(missing);
+    context.out << "Registo de log apagado.\n";
+    return kExitOk;
+}
+
+int RunRegister(CommandContext& context) {
+    if (context.arguments.size() > 1) throw UsageError("Uso: kitra-host register [MÓDULO]");
+    const std::string path =
+        context.arguments.empty() ? ConnectorModulePath() : context.arguments.front();
+    ComponentModule module(std::filesystem::absolute(path).string());
+    const host::HResult result = module.RegisterServer();
+    if (result != host::kOk) throw Error("O componente recusou o registo.");
+    context.out << "Componente registado: " << module.Path() << "\n";
+    return kExitOk;
+}
+
+int RunUnregister(CommandContext& context) {
+    ExpectArguments(context, 0, "unregister");
+    ComponentModule module(ConnectorModulePath());
+    const host::HResult result = module.UnregisterServer();
+    if (result != host::kOk) throw Error("O componente recusou anular o registo.");
+    context.out << "Registo do componente anulado.\n";
+    return kExitOk;
+}
+
+}  // namespace kitra::backoffice::cli
