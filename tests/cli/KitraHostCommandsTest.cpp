@@ -1,0 +1,174 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace kitra {
+namespace {
+namespace fs = std::filesystem;
+
+struct Result {
+    int exit = -1;
+    std::string out;  // standard output and error together
+};
+
+class KitraHostTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        folder = fs::temp_directory_path() / ("kitra-cli-" + std::to_string(::getpid()) + "-" +
+                                              ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+        ASSERT_EQ(Run("init").exit, 0);
+    }
+    void TearDown() override { fs::remove_all(folder); }
+
+    static std::string Quote(const std::string& text) {
+        std::string quoted = "'";
+        for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        return quoted + "'";
+    }
+
+    // Runs kitra-host on the test's back office, with its own component registry.
+    Result Run(const std::string& arguments) {
+        const std::string command = "KITRA_COMPONENT_REGISTRY=" + Quote((folder / "registry").string()) +
+                                    " " + KITRA_HOST_PROGRAM + " --data " +
+                                    Quote((folder / "data").string()) + " " + arguments + " 2>&1";
+        Result result;
+        FILE* pipe = ::popen(command.c_str(), "r");
+        std::array<char, 4096> buffer{};
+        std::size_t n = 0;
+        while ((n = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) result.out.append(buffer.data(), n);
+        const int status = ::pclose(pipe);
+        result.exit = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return result;
+    }
+
+    std::string WriteSettings(const std::string& xml) {
+        const fs::path file = folder / "settings.xml";
+        std::ofstream(file, std::ios::binary) << xml;
+        return Quote(file.string());
+    }
+
+    fs::path folder;
+};
+
+const std::string kOneRestaurant =
+    "<KitraConnectorSetting InvoiceTransDocument=\"FAC\" DefaultTenderPayment=\"1\" "
+    "DefaultTaxableGroup=\"1\"><Restaurants><Restaurant Name=\"Centro\" ServerName=\"127.0.0.1\" "
+    "ServerPort=\"1\" ServerDBName=\"r\" ServerUser=\"u\" ServerPassword=\"p\" "
+    "ImportDateEntities=\"2010-01-01 00:00:00\" ImportDateTransactions=\"2010-01-01 00:00:00\"/>"
+    "</Restaurants><TenderEquivalence/><TaxableGroupEquivalence/></KitraConnectorSetting>";
+
+TEST_F(KitraHostTest, InfoShowsTheConnectorsIdentity) {
+    const Result r = Run("info");
+    EXPECT_EQ(r.exit, 0) << r.out;
+    EXPECT_NE(r.out.find("ConnectorID: Quarn.Mercatill.Connector.Kitra\n"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("Description: Integrador KitranaII\n"), std::string::npos);
+    EXPECT_NE(r.out.find("\nFunctionalLevel: SQL09\n"), std::string::npos);
+    EXPECT_NE(r.out.find("\nHasUISetting: True\nHasUITrace: True\nHandleImportExport: False\n"
+                         "HandleReExport: False\n"),
+              std::string::npos);
+    EXPECT_NE(r.out.find("\nVersion: "), std::string::npos);
+}
+
+TEST_F(KitraHostTest, SettingsLoadShowDelete) {
+    EXPECT_EQ(Run("settings show").exit, 1);
+    const Result load = Run("settings load " + WriteSettings("\n  " + kOneRestaurant + "\n"));
+    EXPECT_EQ(load.exit, 0) << load.out;
+    const Result show = Run("settings show");
+    EXPECT_EQ(show.exit, 0);
+    EXPECT_TRUE(show.out.starts_with("<KitraConnectorSetting InvoiceTransDocument=\"FAC\" "
+                                     "CreditTransDocument=\"\""))
+        << show.out;
+    EXPECT_NE(show.out.find("<Restaurant Name=\"Centro\""), std::string::npos);
+    EXPECT_EQ(Run("settings delete").exit, 0);
+    EXPECT_EQ(Run("settings show").exit, 1);
+}
+
+TEST_F(KitraHostTest, UsageMistakesAndMissingFiles) {
+    EXPECT_EQ(Run("settings load " + Quote((folder / "none.xml").string())).exit, 1);
+    EXPECT_EQ(Run("settings").exit, 2);
+    EXPECT_EQ(Run("settings frobnicate").exit, 2);
+    EXPECT_EQ(Run("info extra").exit, 2);
+    EXPECT_EQ(Run("nonsense").exit, 2);
+    EXPECT_EQ(Run("log show Centro ontem").exit, 2);
+    const Result help = Run("--help");
+    EXPECT_EQ(help.exit, 0);
+    for (const char* command : {"init", "info", "settings", "validate", "execute", "log", "reset-data",
+                                "register", "unregister"}) {
+        EXPECT_NE(help.out.find(std::string("\n  ") + command), std::string::npos) << command;
+    }
+}
+
+TEST_F(KitraHostTest, ValidateNeedsStoredSettings) {
+    EXPECT_EQ(Run("validate").exit, 1);
+    ASSERT_EQ(Run("settings load " + WriteSettings(kOneRestaurant)).exit, 0);
+    EXPECT_EQ(Run("validate").exit, 0);
+}
+
+TEST_F(KitraHostTest, ExecuteWithoutSettingsDoesNotReachTheEnd) {
+    const Result r = Run("execute");
+    EXPECT_EQ(r.exit, 1) << r.out;
+    EXPECT_EQ(r.out.find("A importação chegou ao fim."), std::string::npos);
+}
+
+TEST_F(KitraHostTest, ExecuteThenLogListShowDelete) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(kOneRestaurant)).exit, 0);
+    const Result run = Run("execute");
+    EXPECT_EQ(run.exit, 0) << run.out;
+    EXPECT_NE(run.out.find("A integrar Restaurante: Centro\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("Resumo Importação Restaurante: Centro\n"), std::string::npos);
+    EXPECT_NE(run.out.find("A importação chegou ao fim."), std::string::npos);
+    // Not a terminal: plain lines only.
+    EXPECT_EQ(run.out.find('\r'), std::string::npos);
+    EXPECT_EQ(run.out.find('\033'), std::string::npos);
+
+    const Result list = Run("log list");
+    ASSERT_EQ(list.exit, 0);
+    ASSERT_TRUE(list.out.starts_with("Centro\t")) << list.out;
+    const std::string when = list.out.substr(7, 19);
+    EXPECT_EQ(list.out, "Centro\t" + when + "\n");
+
+    const Result show = Run("log show Centro " + Quote(when));
+    EXPECT_EQ(show.exit, 0);
+    EXPECT_TRUE(show.out.starts_with(" - # START # ")) << show.out;
+    EXPECT_NE(show.out.find("\r\nRestaurantes - A integrar Restaurante: Centro\r\n"), std::string::npos);
+
+    EXPECT_EQ(Run("log show Praia " + Quote(when)).exit, 1);
+    EXPECT_EQ(Run("log delete Centro " + Quote(when)).exit, 0);
+    EXPECT_EQ(Run("log list").out, "");
+    EXPECT_EQ(Run("log delete Centro " + Quote(when)).exit, 1);
+}
+
+TEST_F(KitraHostTest, ResetDataEmptiesTheLog) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(kOneRestaurant)).exit, 0);
+    ASSERT_EQ(Run("execute").exit, 0);
+    ASSERT_NE(Run("log list").out, "");
+    EXPECT_EQ(Run("reset-data").exit, 0);
+    EXPECT_EQ(Run("log list").out, "");
+}
+
+TEST_F(KitraHostTest, RegisterAndUnregister) {
+    const Result reg = Run("register");
+    EXPECT_EQ(reg.exit, 0) << reg.out;
+    std::ifstream in(folder / "registry");
+    std::string line;
+    ASSERT_TRUE(std::getline(in, line));
+    EXPECT_TRUE(line.starts_with("{3F6E9A24-71C8-4D5B-A0E2-8B9C4D17F5A6}\tPOSConnectorKitra.KitraConnector\t/"))
+        << line;
+    EXPECT_TRUE(line.ends_with("POSConnectorKitra.so")) << line;
+    EXPECT_EQ(Run("info").exit, 0);  // found through the registry now
+    EXPECT_EQ(Run("unregister").exit, 0);
+    std::ifstream after(folder / "registry");
+    EXPECT_FALSE(std::getline(after, line));
+}
+
+}  // namespace
+}  // namespace kitra
