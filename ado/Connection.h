@@ -1,0 +1,74 @@
+#pragma once
+// A connection to the restaurant database over ODBC, shaped like the ADO connection the
+// importers are written against: a connection string, a cursor location, a state, Open and
+// Close. Statements run through Recordset::Open (rows) or Execute (no rows).
+//
+// Failures raise kitra::Error. For the driver's failures (cannot connect, wrong password,
+// unknown database, bad statement) the description is the driver's own message, e.g.
+// "[ma-3.1.15]Access denied for user 'kitra'@'127.0.0.1' (using password: YES)", and the
+// number is the driver's native error code (1045, 1049, 2002, 1064, ...).
+#include <memory>
+#include <string>
+
+namespace kitra::ado {
+
+namespace odbc {
+struct ResultRows;
+}
+
+// ADO's numbers: the importers compare State() with 1 and set the client-side cursor (3).
+enum ObjectStateEnum : long { StateClosed = 0, StateOpen = 1 };
+enum class CursorLocationEnum : long { UseServer = 2, UseClient = 3 };
+
+class Connection {
+public:
+    Connection();
+    explicit Connection(std::string connectionString);
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    Connection(Connection&&) noexcept;
+    Connection& operator=(Connection&&) noexcept;
+
+    // The ODBC connection string, passed to the driver exactly as given, e.g.
+    // "Driver={MySQL ODBC 5.1 Driver};Server=127.0.0.1;Database=r1; User=u;Password=p;Option=3;Port=3306".
+    const std::string& ConnectionString() const { return connectionString_; }
+    void SetConnectionString(std::string connectionString);
+
+    // Every recordset reads its whole result when it opens, whichever location is set; the
+    // value is kept because the connector sets it as it always has.
+    CursorLocationEnum CursorLocation() const { return cursorLocation_; }
+    void SetCursorLocation(CursorLocationEnum location) { cursorLocation_ = location; }
+
+    // Seconds to wait for the server when opening (ADO's default: 15).
+    long ConnectionTimeout() const { return connectionTimeout_; }
+    void SetConnectionTimeout(long seconds) { connectionTimeout_ = seconds; }
+
+    // StateClosed (0) or StateOpen (1).
+    long State() const;
+
+    // Opens with the given connection string, which then becomes the connection's own; an
+    // empty one opens with the string already set. Opening an open connection is an error.
+    void Open(const std::string& connectionString = {});
+    // Closes; closing a closed connection is an error, as in ADO.
+    void Close();
+
+    // Runs a statement that returns no rows (INSERT, UPDATE, CREATE, ...) and returns the
+    // number of rows it affected (-1 when the driver does not know).
+    long Execute(const std::string& statement);
+
+private:
+    friend class Recordset;
+    struct Handles;
+
+    void RequireOpen() const;
+    // Runs the statement and reads its whole result (for Recordset::Open).
+    odbc::ResultRows ReadAll(const std::string& statement);
+
+    std::string connectionString_;
+    CursorLocationEnum cursorLocation_ = CursorLocationEnum::UseServer;
+    long connectionTimeout_ = 15;
+    std::unique_ptr<Handles> handles_;  // present while open
+};
+
+}  // namespace kitra::ado
