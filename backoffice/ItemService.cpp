@@ -18,7 +18,9 @@ ItemService::ItemService(Database& database)
                         MapColumn("FamilyID", &Item::FamilyID),
                         MapColumn("StockManagement", &Item::StockManagement),
                         MapColumn("SupplierID", &Item::SupplierID),
-                        MapColumn("ItemType", &Item::ItemType)}}) {}
+                        MapColumn("ItemType", &Item::ItemType),
+                        MapColumn("CostPrice", &Item::CostPrice),
+                        MapColumn("Notes", &Item::Notes)}}) {}
 
 void ItemService::SaveChildren(const Item& item, const Variant& key) {
     // The five lines are always written whole, so a line never keeps a price from a former

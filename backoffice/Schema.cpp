@@ -215,8 +215,17 @@ CREATE TABLE connector_settings (
 PRAGMA user_version=1;
 )sql";
 
+// Version 2: what the back office's users keep on an item beside what an import brings (its
+// cost and notes), so that updating an imported item never loses them.
+constexpr const char* kVersion2 = R"sql(
+ALTER TABLE items ADD COLUMN CostPrice REAL NOT NULL DEFAULT 0;
+ALTER TABLE items ADD COLUMN Notes TEXT NOT NULL DEFAULT '';
+
+PRAGMA user_version=2;
+)sql";
+
 // Step k brings a file of version k-1 to version k, and ends by writing k as the version.
-constexpr const char* kSteps[] = {kVersion1};
+constexpr const char* kSteps[] = {kVersion1, kVersion2};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 }  // namespace

@@ -31,6 +31,9 @@ struct Item {
     std::array<PriceLine, 5> PriceLines{{{1}, {2}, {3}, {4}, {5}}};
     double SupplierID = 0;
     std::int16_t ItemType = 0;
+    // Kept by the back office's users; an import that updates the item leaves them as they are.
+    double CostPrice = 0;  // what one unit costs to buy, without VAT
+    std::string Notes;
 
     // Price line `number` (1 to 5), or nullptr for any other number.
     PriceLine* FindPriceLine(int number) {

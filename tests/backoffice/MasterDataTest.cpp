@@ -301,6 +301,8 @@ Item SampleItem() {
     item.FindPriceLine(1)->PriceWithoutTax = 8.41;
     item.FindPriceLine(5)->PriceWithTax = 2.5;
     item.FindPriceLine(5)->PriceWithoutTax = 2.21;
+    item.CostPrice = 3.75;
+    item.Notes = "Carne do talho Ferreira; servir com ovo";
     return item;
 }
 
@@ -343,6 +345,26 @@ TEST(Items, EveryItemHasExactlyFivePriceRows) {
     Statement count(office->GetDatabase(), "SELECT count(*) FROM item_prices WHERE ItemID='R1100'");
     ASSERT_TRUE(count.Step());
     EXPECT_EQ(count.Column(0).ToInt32(), 5);
+}
+
+TEST(Items, AFileOfVersion1GetsTheItemsCostAndNotesWhenOpened) {
+    TempBackOffice office;
+    Item before = SampleItem();
+    before.CostPrice = 0;
+    before.Notes.clear();
+    office->items.Save(before, "R1100", true);
+    // Back to what version 1 had: no cost, no notes.
+    office->GetDatabase().Exec(
+        "ALTER TABLE items DROP COLUMN CostPrice; ALTER TABLE items DROP COLUMN Notes; "
+        "PRAGMA user_version=1;");
+    office.Reopen();
+    EXPECT_EQ(office->GetDatabase().UserVersion(), 2);
+    EXPECT_EQ(office->items.Get("R1100"), before);  // upgraded with cost 0 and empty notes
+    Item kept = before;
+    kept.CostPrice = 1.25;
+    kept.Notes = "Fornecido à segunda-feira";
+    office->items.Save(kept, "R1100", false);
+    EXPECT_EQ(office->items.Get("R1100"), kept);
 }
 
 // ---------------------------------------------------------------- taxable groups
