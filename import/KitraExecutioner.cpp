@@ -13,11 +13,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string DescriptionOf(const std::exception& e) {
-    if (const auto* error = dynamic_cast<const Error*>(&e)) return error->Description();
-    return e.what();
-}
-
 constexpr const char* kRunSection = "Restaurantes";
 
 }  // namespace
@@ -31,6 +26,11 @@ KitraExecutioner::KitraExecutioner(const host::HostServices& services, const Clo
     : services_(services), clock_(clock) {}
 
 KitraExecutioner::~KitraExecutioner() = default;
+
+std::string KitraExecutioner::ErrorDescription(const std::exception& error) {
+    if (const auto* own = dynamic_cast<const Error*>(&error)) return own->Description();
+    return error.what();
+}
 
 std::string KitraExecutioner::GeneralDate(const DateTime& moment) const {
     return FormatDatePattern(moment, services_.application->GeneralDateForm());
@@ -81,7 +81,7 @@ void KitraExecutioner::ImportRestaurants() {
         // The run ends here: no further restaurant, no saved settings, no compaction.
         statusText_ =
             "## Erro ## Ocorreu um erro na importação no módulo de importação de restaurantes." +
-            std::string(" - ") + DescriptionOf(e);
+            std::string(" - ") + ErrorDescription(e);
         try {
             WriteLog(kRunSection, statusText_);
         } catch (...) {
@@ -91,11 +91,15 @@ void KitraExecutioner::ImportRestaurants() {
     }
 }
 
-void KitraExecutioner::ImportRestaurant(Restaurant& restaurant, bool& entityFailure,
-                                        bool& transactionFailure) {
+void KitraExecutioner::BeginRestaurant(const std::string& restaurantName) {
     counters_.fill(0);
     warningCount_ = 0;
-    logFileName_ = LogFileName(restaurant.Name, clock_.Now());
+    logFileName_ = LogFileName(restaurantName, clock_.Now());
+}
+
+void KitraExecutioner::ImportRestaurant(Restaurant& restaurant, bool& entityFailure,
+                                        bool& transactionFailure) {
+    BeginRestaurant(restaurant.Name);
 
     WriteLog("", "# START # " + GeneralDate(clock_.Now()) + " #");
     statusText_ = "A integrar Restaurante: " + restaurant.Name;
@@ -106,6 +110,9 @@ void KitraExecutioner::ImportRestaurant(Restaurant& restaurant, bool& entityFail
              "Last transactions date import: '" + restaurant.ImportDateTransactions + "'");
 
     if (!connection_) connection_ = std::make_unique<ado::Connection>();
+    // An importer that ends through its error handler leaves the connection open; the next
+    // restaurant needs it closed to take its own connection string.
+    if (connection_->State() == ado::StateOpen) connection_->Close();
     connection_->SetConnectionString(
         "Driver={MySQL ODBC 5.1 Driver};Server=" + restaurant.ServerName +
         ";Database=" + restaurant.ServerDBName + "; User=" + restaurant.ServerUser +

@@ -5,6 +5,7 @@
 // the host compact its database and says that the import has finished.
 #include <array>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,6 +45,10 @@ public:
     // The run's entry.
     void StartImport();
 
+    // Starts a restaurant's import: its counters and warnings back to 0 and a new log file,
+    // named after the restaurant and the present moment, for WriteLog.
+    void BeginRestaurant(const std::string& restaurantName);
+
     // Reporting services every importer uses.
     void WriteLog(const std::string& section, const std::string& text);
     void NotifyStatus(const std::string& text);
@@ -62,6 +67,10 @@ public:
 
     const std::string& StatusText() const { return statusText_; }
     void SetStatusText(std::string text) { statusText_ = std::move(text); }
+    // Shows a message box through the host (none when the host has no message boxes).
+    void ShowBox(const std::string& text, host::MessageStyle style, const std::string& title);
+    // The description that error handlers log for an error.
+    static std::string ErrorDescription(const std::exception& error);
     // The current log file's full path (empty before the first restaurant).
     std::string LogFilePath() const;
 
@@ -88,7 +97,6 @@ private:
     void ImportRestaurant(Restaurant& restaurant, bool& entityFailure, bool& transactionFailure);
     void ReportSummary(const Restaurant& restaurant);
     std::string GeneralDate(const DateTime& moment) const;
-    void ShowBox(const std::string& text, host::MessageStyle style, const std::string& title);
 
     const host::HostServices& services_;
     const Clock& clock_;
