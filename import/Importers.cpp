@@ -3,7 +3,13 @@
 namespace kitra {
 
 const std::vector<ImporterStep>& ImporterOrder() {
-    static const std::vector<ImporterStep> order = {};
+    static const std::vector<ImporterStep> order = {
+        {"ImportSalesmen", ImportSalesmen, true},
+        {"ImportCustomers", ImportCustomers, true},
+        {"ImportFamilies", ImportFamilies, true},
+        {"ImportSubfamilies", ImportSubfamilies, true},
+        {"ImportItems", ImportItems, true},
+    };
     return order;
 }
 

@@ -24,4 +24,17 @@ struct ImporterStep {
 // The importers built so far, in run order.
 const std::vector<ImporterStep>& ImporterOrder();
 
+// Master data, in the order the run calls them: families come before their subfamilies and
+// subfamilies before their items, so that what arrives together arrives whole.
+bool ImportSalesmen(KitraExecutioner& engine, ado::Connection& connection, Restaurant& restaurant);
+bool ImportCustomers(KitraExecutioner& engine, ado::Connection& connection, Restaurant& restaurant);
+bool ImportFamilies(KitraExecutioner& engine, ado::Connection& connection, Restaurant& restaurant);
+bool ImportSubfamilies(KitraExecutioner& engine, ado::Connection& connection,
+                       Restaurant& restaurant);
+bool ImportItems(KitraExecutioner& engine, ado::Connection& connection, Restaurant& restaurant);
+
+// A restaurant subfamily's key in the host's family table is its code plus this, which keeps
+// subfamilies apart from families there: subfamily 7 is host family 10007.
+inline constexpr double kSubfamilyKeyOffset = 10000;
+
 }  // namespace kitra
