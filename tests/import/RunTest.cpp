@@ -15,6 +15,9 @@ namespace {
 namespace fs = std::filesystem;
 
 const DateTime kMoment{2011, 3, 1, 9, 5, 7};
+const std::string kNoServer =
+    "## Erro ## Não foi possível estabelecer comunicação com o Servidor. Verifique as suas "
+    "credenciais de acesso ou se o servidor está acessivel.";
 
 class RunTest : public ::testing::Test {
 protected:
@@ -101,6 +104,13 @@ TEST_F(RunTest, EmptyRestaurantList) {
     EXPECT_EQ(office.boxes.shown[0].style, host::MessageStyle::Information);
 }
 
+// What each master-data importer logs when the restaurant's server cannot be reached: its
+// section title after a blank line, the connection line and its count line.
+std::string Unreachable(const std::string& section, const std::string& startText) {
+    return "\r\n" + section + " - " + startText + "\r\n" + section + " - " + kNoServer + "\r\n" +
+           section + " - Registos importados:0\r\n";
+}
+
 TEST_F(RunTest, ExactLogTextOfARestaurant) {
     Store({MakeRestaurant("Centro")});
     Run();
@@ -108,20 +118,84 @@ TEST_F(RunTest, ExactLogTextOfARestaurant) {
     ASSERT_EQ(rows.size(), 1u);
     EXPECT_EQ(rows[0].RestaurantID, "Centro");
     EXPECT_EQ(rows[0].ImportDate, kMoment);
-    std::string expected =
-        " - # START # 01-03-2011 09:05:07 #\r\n"
-        "Restaurantes - A integrar Restaurante: Centro\r\n"
-        "Restaurantes - Last entity date import: '2010-01-01 00:00:00'\r\n"
-        "Restaurantes - Last transactions date import: '2010-01-02 00:00:00'\r\n";
-    // Whatever the importers built so far write comes between the header and the end mark.
-    ASSERT_TRUE(rows[0].Contents.starts_with(expected)) << rows[0].Contents;
-    EXPECT_TRUE(rows[0].Contents.ends_with("\r\n - # END # 01-03-2011 09:05:07 #\r\n"))
-        << rows[0].Contents;
-    if (ImporterOrder().empty()) {
-        EXPECT_EQ(rows[0].Contents, expected + " - # END # 01-03-2011 09:05:07 #\r\n");
-    }
+    EXPECT_EQ(rows[0].Contents,
+              " - # START # 01-03-2011 09:05:07 #\r\n"
+              "Restaurantes - A integrar Restaurante: Centro\r\n"
+              "Restaurantes - Last entity date import: '2010-01-01 00:00:00'\r\n"
+              "Restaurantes - Last transactions date import: '2010-01-02 00:00:00'\r\n" +
+                  Unreachable("Vendedores", "A importar Vendedores") +
+                  Unreachable("Clientes", "A importar Clientes") +
+                  Unreachable("Famílias", "A importar Famílias") +
+                  Unreachable("SubFamílias", "A importar SubFamílias") +
+                  Unreachable("Artigos", "A importar Artigos") +
+                  " - # END # 01-03-2011 09:05:07 #\r\n");
     // The file lived only during the import.
     EXPECT_TRUE(office.LogFiles().empty());
+    // A failed connection is no error of the run: no boxes, the dates move and the run ends.
+    ASSERT_EQ(office.boxes.shown.size(), 1u);
+    EXPECT_EQ(office.boxes.shown[0].text, "A importação chegou ao fim.");
+    const Restaurant after = *Stored().Restaurants.begin();
+    EXPECT_EQ(after.ImportDateEntities, "2011-03-01 09:05:07");
+    EXPECT_EQ(after.ImportDateTransactions, "2011-03-01 09:05:07");
+    // The host heard each importer start; the connection line is only logged.
+    for (const std::string text : {"A importar Vendedores", "A importar Clientes",
+                                   "A importar Famílias", "A importar SubFamílias",
+                                   "A importar Artigos"}) {
+        EXPECT_TRUE(Said(text)) << text;
+    }
+    EXPECT_FALSE(Said(kNoServer));
+}
+
+TEST_F(RunTest, TheMasterDataImportersRunInTheirOrder) {
+    const std::vector<ImporterStep>& order = ImporterOrder();
+    ASSERT_GE(order.size(), 5u);
+    const std::pair<const char*, ImporterFunction> masterData[] = {
+        {"ImportSalesmen", ImportSalesmen}, {"ImportCustomers", ImportCustomers},
+        {"ImportFamilies", ImportFamilies}, {"ImportSubfamilies", ImportSubfamilies},
+        {"ImportItems", ImportItems}};
+    for (std::size_t i = 0; i < std::size(masterData); ++i) {
+        EXPECT_STREQ(order[i].name, masterData[i].first);
+        EXPECT_EQ(order[i].run, masterData[i].second) << order[i].name;
+        EXPECT_TRUE(order[i].masterData) << order[i].name;
+    }
+}
+
+TEST_F(RunTest, EachImporterReachesTheEndWhenTheServerCannotBeReached) {
+    KitraConnectorSetting settings(*office.Services().utility);
+    KitraExecutioner engine(office.Services(), clock);
+    engine.UseSettings(settings);
+    Restaurant restaurant = MakeRestaurant("Centro");
+    engine.BeginRestaurant(restaurant.Name);
+    ado::Connection connection;
+    connection.SetConnectionString(
+        "Driver={MySQL ODBC 5.1 Driver};Server=127.0.0.1;Database=restaurante; User=kitra;"
+        "Password=segredo;Option=3;Port=1");
+    connection.SetCursorLocation(ado::CursorLocationEnum::UseClient);
+    engine.Count(Counter::Items) = 4;  // the count line shows the counter as it stands
+
+    // Outside a run the engine shows the failure as well.
+    for (ImporterFunction importer :
+         {ImportSalesmen, ImportCustomers, ImportFamilies, ImportSubfamilies, ImportItems}) {
+        EXPECT_TRUE(importer(engine, connection, restaurant));
+        EXPECT_EQ(connection.State(), ado::StateClosed);
+    }
+    EXPECT_EQ(engine.ErrorCount(), 0);
+    EXPECT_EQ(engine.WarningCount(), 0);
+    EXPECT_EQ(engine.StatusText(), "Registos importados:4");
+    ASSERT_EQ(office.boxes.shown.size(), 5u);
+    for (const auto& box : office.boxes.shown) {
+        EXPECT_EQ(box.text, kNoServer);
+        EXPECT_EQ(box.style, host::MessageStyle::Critical);
+        EXPECT_EQ(box.title, "Erro Acesso Servidor.");
+    }
+    std::ifstream in(engine.LogFilePath(), std::ios::binary);
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::string items = Unreachable("Artigos", "A importar Artigos");
+    items.replace(items.find("importados:0"), 12, "importados:4");
+    EXPECT_EQ(text, Unreachable("Vendedores", "A importar Vendedores") +
+                        Unreachable("Clientes", "A importar Clientes") +
+                        Unreachable("Famílias", "A importar Famílias") +
+                        Unreachable("SubFamílias", "A importar SubFamílias") + items);
 }
 
 TEST_F(RunTest, TwoRestaurantsGiveTwoLogsTwoSummariesAndNewDates) {
