@@ -30,4 +30,11 @@ inline Error InvalidUseOfNull() { return Error("Invalid use of Null", kInvalidUs
 inline Error TypeMismatch() { return Error("Type mismatch", kTypeMismatch); }
 }  // namespace errors
 
+// The description an error handler reports: the system's own for an Error, the library's
+// message for anything else.
+inline std::string DescriptionOf(const std::exception& error) {
+    if (const auto* own = dynamic_cast<const Error*>(&error)) return own->Description();
+    return error.what();
+}
+
 }  // namespace kitra

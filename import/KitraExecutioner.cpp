@@ -27,11 +27,6 @@ KitraExecutioner::KitraExecutioner(const host::HostServices& services, const Clo
 
 KitraExecutioner::~KitraExecutioner() = default;
 
-std::string KitraExecutioner::ErrorDescription(const std::exception& error) {
-    if (const auto* own = dynamic_cast<const Error*>(&error)) return own->Description();
-    return error.what();
-}
-
 std::string KitraExecutioner::GeneralDate(const DateTime& moment) const {
     return FormatDatePattern(moment, services_.application->GeneralDateForm());
 }
@@ -81,7 +76,7 @@ void KitraExecutioner::ImportRestaurants() {
         // The run ends here: no further restaurant, no saved settings, no compaction.
         statusText_ =
             "## Erro ## Ocorreu um erro na importação no módulo de importação de restaurantes." +
-            std::string(" - ") + ErrorDescription(e);
+            std::string(" - ") + DescriptionOf(e);
         try {
             WriteLog(kRunSection, statusText_);
         } catch (...) {

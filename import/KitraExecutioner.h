@@ -69,8 +69,6 @@ public:
     void SetStatusText(std::string text) { statusText_ = std::move(text); }
     // Shows a message box through the host (none when the host has no message boxes).
     void ShowBox(const std::string& text, host::MessageStyle style, const std::string& title);
-    // The description that error handlers log for an error.
-    static std::string ErrorDescription(const std::exception& error);
     // The current log file's full path (empty before the first restaurant).
     std::string LogFilePath() const;
 

@@ -92,7 +92,7 @@ bool ImportMasterData(KitraExecutioner& engine, ado::Connection& connection,
         // The rows saved so far stay saved; the connection stays as it is, and the next
         // importer uses it open.
         engine.SetStatusText(std::string(texts.errorText) + row.id_ + " : " + row.step_ + " - " +
-                             KitraExecutioner::ErrorDescription(error));
+                             DescriptionOf(error));
         engine.WriteLog(section, engine.StatusText());
         if (engine.showErrorMessageBoxs) {
             engine.ShowBox(engine.StatusText(), host::MessageStyle::Information, "Error");

@@ -5,14 +5,6 @@
 #include "core/Error.h"
 
 namespace kitra {
-namespace {
-
-std::string DescriptionOf(const std::exception& e) {
-    if (const auto* error = dynamic_cast<const Error*>(&e)) return error->Description();
-    return e.what();
-}
-
-}  // namespace
 
 ado::Recordset DSOKitraLog::GetKitraLogRS() {
     return services_.connection->Query(
