@@ -6,7 +6,11 @@
 
 namespace kitra {
 
-Variant Variant::Null() { return Variant(Storage(NullTag{})); }
+Variant Variant::Null() {
+    Variant value;
+    value.value_.emplace<NullTag>();
+    return value;
+}
 
 Variant::Type Variant::GetType() const {
     switch (value_.index()) {

@@ -56,7 +56,6 @@ private:
     };
     using Storage = std::variant<std::monostate, NullTag, std::int16_t, std::int32_t, double, bool,
                                  DateTime, std::string>;
-    explicit Variant(Storage storage) : value_(std::move(storage)) {}
     Storage value_;
 };
 
