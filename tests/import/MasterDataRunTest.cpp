@@ -121,6 +121,22 @@ TEST_F(MasterDataRunTest, OneOfEachArrivesInOrderWithTheExactLog) {
     EXPECT_EQ(after.ImportDateTransactions, "2024-07-01 12:00:00");
 }
 
+TEST_F(MasterDataRunTest, CountersStartAgainAtZeroForEachRestaurant) {
+    AddOneOfEach();
+    // Two restaurants on the same database: each imports the same five records.
+    Restaurant second = restaurant;
+    second.Name = "Praia";
+    second.ItemIDPrefix = "P";
+    Store({restaurant, second});
+    Run(kMoment);
+    EXPECT_EQ(LastSummary("Centro"), Summary(1, 1, 1, 1, 1));
+    EXPECT_EQ(LastSummary("Praia"), Summary(1, 1, 1, 1, 1));
+    EXPECT_NE(LogOf("Centro", kMoment).find("Artigos - Registos importados:1\r\n"), std::string::npos);
+    EXPECT_NE(LogOf("Praia", kMoment).find("Artigos - Registos importados:1\r\n"), std::string::npos);
+    EXPECT_TRUE(Host().items->Exists("100"));
+    EXPECT_TRUE(Host().items->Exists("P100"));
+}
+
 TEST_F(MasterDataRunTest, ASecondRunBringsOnlyWhatChangedAndOverwritesIt) {
     AddOneOfEach();
     Database().Execute(
