@@ -5,18 +5,12 @@
 #include <limits>
 
 #include "core/Error.h"
+#include "tests/core/ErrorOf.h"
 
 namespace kitra {
 namespace {
 
-std::string ErrorOf(auto&& call) {
-    try {
-        call();
-    } catch (const Error& e) {
-        return e.Description();
-    }
-    return "no error";
-}
+using testing::ErrorOf;
 
 TEST(RoundToInt16, RoundsHalfToEven) {
     EXPECT_EQ(RoundToInt16(2.5), 2);

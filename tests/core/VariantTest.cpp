@@ -3,18 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "core/Error.h"
+#include "tests/core/ErrorOf.h"
 
 namespace kitra {
 namespace {
 
-std::string ErrorOf(auto&& call) {
-    try {
-        call();
-    } catch (const Error& e) {
-        return e.Description();
-    }
-    return "no error";
-}
+using testing::ErrorOf;
 
 TEST(Variant, Types) {
     EXPECT_EQ(Variant().GetType(), Variant::Type::Empty);
