@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -199,10 +198,16 @@ std::set<std::string> Words(const std::string& text) {
 std::set<std::string> DocumentedTables() {
     std::set<std::string> tables;
     std::ifstream doc(KITRA_SCHEMA_DOC);
-    const std::regex heading("^### `([a-z_0-9]+)`");
+    const std::string heading = "### `";
     for (std::string line; std::getline(doc, line);) {
-        std::smatch match;
-        if (std::regex_search(line, match, heading)) tables.insert(match[1]);
+        if (!line.starts_with(heading)) continue;
+        const std::string rest = line.substr(heading.size());
+        const auto end = rest.find('`');
+        const std::string name = rest.substr(0, end);
+        const bool plain = end != std::string::npos && !name.empty() &&
+                           name.find_first_not_of("abcdefghijklmnopqrstuvwxyz_0123456789") ==
+                               std::string::npos;
+        if (plain) tables.insert(name);
     }
     return tables;
 }
