@@ -9,6 +9,8 @@
 #include <fstream>
 #include <string>
 
+#include "tests/hostsupport/TempFolder.h"
+
 namespace kitra {
 namespace {
 namespace fs = std::filesystem;
@@ -20,14 +22,7 @@ struct Result {
 
 class KitraHostTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        folder = fs::temp_directory_path() / ("kitra-cli-" + std::to_string(::getpid()) + "-" +
-                                              ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(folder);
-        fs::create_directories(folder);
-        ASSERT_EQ(Run("init").exit, 0);
-    }
-    void TearDown() override { fs::remove_all(folder); }
+    void SetUp() override { ASSERT_EQ(Run("init").exit, 0); }
 
     static std::string Quote(const std::string& text) {
         std::string quoted = "'";
@@ -56,7 +51,8 @@ protected:
         return Quote(file.string());
     }
 
-    fs::path folder;
+    testing::TempFolder temp;
+    const fs::path& folder = temp.Path();
 };
 
 const std::string kOneRestaurant =

@@ -8,23 +8,18 @@
 
 #include <unistd.h>
 
+#include "tests/hostsupport/TempFolder.h"
+
 namespace kitra {
 namespace {
 namespace fs = std::filesystem;
 
 class ComponentRegistryTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        path = fs::temp_directory_path() / ("kitra-registry-" + std::to_string(::getpid())) /
-               "components.registry";
-        fs::remove_all(path.parent_path());
-        ::setenv("KITRA_COMPONENT_REGISTRY", path.c_str(), 1);
-    }
-    void TearDown() override {
-        ::unsetenv("KITRA_COMPONENT_REGISTRY");
-        fs::remove_all(path.parent_path());
-    }
-    fs::path path;
+    void SetUp() override { ::setenv("KITRA_COMPONENT_REGISTRY", path.c_str(), 1); }
+    void TearDown() override { ::unsetenv("KITRA_COMPONENT_REGISTRY"); }
+    testing::TempFolder temp;
+    const fs::path path = temp.Path() / "kitra" / "components.registry";
 };
 
 TEST_F(ComponentRegistryTest, PathComesFromTheEnvironment) {

@@ -10,6 +10,7 @@
 #include "core/ComponentRegistry.h"
 #include "host/Com.h"
 #include "host/IConnector.h"
+#include "tests/hostsupport/TempFolder.h"
 #include "tests/hostsupport/TestBackOffice.h"
 
 namespace kitra {
@@ -247,9 +248,8 @@ TEST(ComponentModule, ClassFactoryAndUnloadRules) {
 }
 
 TEST(ComponentModule, RegistersAndUnregistersExactlyItsEntry) {
-    const fs::path registry = fs::temp_directory_path() /
-                              ("kitra-component-" + std::to_string(::getpid())) / "components.registry";
-    fs::remove_all(registry.parent_path());
+    testing::TempFolder temp;
+    const fs::path registry = temp.Path() / "components.registry";
     ::setenv("KITRA_COMPONENT_REGISTRY", registry.c_str(), 1);
     RegisterComponent({"{11111111-1111-1111-1111-111111111111}", "Outro.Componente", "/opt/outro.so"});
 
@@ -268,7 +268,6 @@ TEST(ComponentModule, RegistersAndUnregistersExactlyItsEntry) {
     EXPECT_EQ(ReadComponentRegistry()[0].progId, "Outro.Componente");
 
     ::unsetenv("KITRA_COMPONENT_REGISTRY");
-    fs::remove_all(registry.parent_path());
 }
 
 }  // namespace

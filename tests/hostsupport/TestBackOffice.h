@@ -10,6 +10,7 @@
 #include "backoffice/BackOffice.h"
 #include "backoffice/RecordingServices.h"
 #include "host/HostServices.h"
+#include "tests/hostsupport/TempFolder.h"
 
 namespace kitra::testing {
 
@@ -24,7 +25,7 @@ public:
     TestBackOffice(const TestBackOffice&) = delete;
     TestBackOffice& operator=(const TestBackOffice&) = delete;
 
-    const std::filesystem::path& Folder() const { return folder_; }
+    const std::filesystem::path& Folder() const { return folder_.Path(); }
     backoffice::BackOffice& Office() { return *office_; }
     const host::HostServices& Services() const { return services_; }
     std::shared_ptr<RecordingNotifier> notifier = std::make_shared<RecordingNotifier>();
@@ -34,7 +35,7 @@ public:
     std::vector<std::string> LogFiles() const;
 
 private:
-    std::filesystem::path folder_;
+    TempFolder folder_;
     std::unique_ptr<backoffice::BackOffice> office_;
     host::HostServices services_;
 };
