@@ -18,12 +18,18 @@ void ConnectorSettingsStore::Delete(const host::IGenericSetting& setting) {
     remove.Bind({Variant(setting.Key1()), Variant(setting.Key2())}).Run();
 }
 
-bool ConnectorSettingsStore::Load(host::IGenericSetting& setting) const {
+std::optional<std::string> ConnectorSettingsStore::StoredText(const std::string& key1,
+                                                              const std::string& key2) const {
     Statement load(database_, "SELECT SettingXml FROM connector_settings WHERE Key1=? AND Key2=?");
-    load.Bind({Variant(setting.Key1()), Variant(setting.Key2())});
-    if (!load.Step()) return false;
-    const std::string xml = load.ColumnText(0);
-    setting.FromXML(xml);
+    load.Bind({Variant(key1), Variant(key2)});
+    if (!load.Step()) return std::nullopt;
+    return load.ColumnText(0);
+}
+
+bool ConnectorSettingsStore::Load(host::IGenericSetting& setting) const {
+    const auto xml = StoredText(setting.Key1(), setting.Key2());
+    if (!xml) return false;
+    setting.FromXML(*xml);
     return true;
 }
 

@@ -20,17 +20,9 @@ namespace {
 
 constexpr const char* kEndOfRun = "A importação chegou ao fim.";
 
-// The connector's settings as the host files them, read without the connector's own classes:
-// the host only knows the keys and the text.
-class StoredSettingsText final : public host::IGenericSetting {
-public:
-    std::string Key1() const override { return "Quarn.Mercatill.Connector"; }
-    std::string Key2() const override { return "Kitra"; }
-    bool ExportToBranch() const override { return false; }
-    void FromXML(const std::string& xml) override { text = xml; }
-    std::string ToXML() const override { return text; }
-    std::string text;
-};
+// The keys the connector files its settings under; the host knows only the keys and the text.
+constexpr const char* kSettingsKey1 = "Quarn.Mercatill.Connector";
+constexpr const char* kSettingsKey2 = "Kitra";
 
 // Console message boxes that also remember whether the end of a run was announced.
 class WatchingMessageBoxes final : public host::IMessageBoxService {
@@ -142,12 +134,12 @@ int RunSettings(CommandContext& context) {
     if (action == "show") {
         ExpectArguments(context, 1, "settings show");
         BackOffice office(context.dataFolder);
-        StoredSettingsText stored;
-        if (!office.settingsStore.Load(stored)) {
+        const auto stored = office.settingsStore.StoredText(kSettingsKey1, kSettingsKey2);
+        if (!stored) {
             context.err << "kitra-host: não há configurações guardadas.\n";
             return kExitFailure;
         }
-        context.out << stored.text << "\n";
+        context.out << *stored << "\n";
         return kExitOk;
     }
     if (action == "delete") {

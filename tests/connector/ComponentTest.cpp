@@ -69,15 +69,9 @@ protected:
     }
 
     std::string StoredXml() {
-        struct Raw final : host::IGenericSetting {
-            std::string Key1() const override { return "Quarn.Mercatill.Connector"; }
-            std::string Key2() const override { return "Kitra"; }
-            bool ExportToBranch() const override { return false; }
-            void FromXML(const std::string& xml) override { text = xml; }
-            std::string ToXML() const override { return text; }
-            std::string text;
-        } raw;
-        return office.Services().settingsStore->Load(raw) ? raw.text : "<nothing>";
+        return office.Office()
+            .settingsStore.StoredText("Quarn.Mercatill.Connector", "Kitra")
+            .value_or("<nothing>");
     }
 
     testing::TestBackOffice office;
