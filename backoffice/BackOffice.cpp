@@ -72,7 +72,8 @@ BackOffice::BackOffice(const std::filesystem::path& dataFolder, const std::files
       unitsOfSale(database_),
       customerTypes(database_),
       salesZones(database_),
-      paymentTerms(database_) {
+      paymentTerms(database_),
+      transactions(database_) {
     UpgradeSchema(database_);
 }
 
@@ -141,6 +142,7 @@ host::HostServices BackOffice::Services(host::IEventNotifier* notifier,
     services.customerTypes = &customerTypes;
     services.salesZones = &salesZones;
     services.paymentTerms = &paymentTerms;
+    services.transactions = &transactions;
     return services;
 }
 

@@ -19,6 +19,7 @@
 #include "backoffice/SqlStatementBuilder.h"
 #include "backoffice/TaxService.h"
 #include "backoffice/TaxableGroupService.h"
+#include "backoffice/TransactionService.h"
 #include "backoffice/UtilityService.h"
 #include "host/HostServices.h"
 
@@ -79,6 +80,7 @@ public:
     CustomerTypeService customerTypes;
     SalesZoneService salesZones;
     PaymentTermService paymentTerms;
+    TransactionService transactions;
 
 private:
     BackOffice(const std::filesystem::path& dataFolder, const std::filesystem::path& file,

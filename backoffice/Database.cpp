@@ -237,6 +237,8 @@ void Database::Exec(std::string_view sql) {
 
 long Database::Changes() const { return sqlite3_changes(db_); }
 
+std::int64_t Database::LastInsertKey() const { return sqlite3_last_insert_rowid(db_); }
+
 int Database::UserVersion() const {
     Statement version(*this, "PRAGMA user_version");
     return version.Step() ? version.Column(0).ToInt32() : 0;

@@ -3,6 +3,7 @@
 // values as parameters, and write transactions. Every connection is set up the same way: WAL
 // journal (readers never wait for the writer), synchronous=NORMAL, foreign keys on, and a busy
 // timeout so that a second program on the same back office waits instead of failing.
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -75,6 +76,8 @@ public:
     // Runs fixed SQL text (one or more statements) that carries no values.
     void Exec(std::string_view sql);
     long Changes() const;
+    // The key of the row the last INSERT on this connection added.
+    std::int64_t LastInsertKey() const;
 
     // The schema version kept in the file (PRAGMA user_version); the upgrade scripts set it.
     int UserVersion() const;

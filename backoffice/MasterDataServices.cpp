@@ -97,7 +97,8 @@ WorkstationService::WorkstationService(Database& database)
     : MasterDataTable(database, {"workstations",
                                  "o posto",
                                  MapColumn("WorkstationID", &Workstation::WorkstationID),
-                                 {MapColumn("Description", &Workstation::Description)}}) {}
+                                 {MapColumn("Description", &Workstation::Description),
+                                  MapColumn("WarehouseID", &Workstation::WarehouseID)}}) {}
 
 SupplierService::SupplierService(Database& database)
     : MasterDataTable(database, {"suppliers",

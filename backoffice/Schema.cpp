@@ -224,8 +224,153 @@ ALTER TABLE items ADD COLUMN Notes TEXT NOT NULL DEFAULT '';
 PRAGMA user_version=2;
 )sql";
 
+// Version 3: documents. A document (sale, credit sale, stock or cash document) is identified by
+// type + series + number; its lines, VAT by taxable group, payments (with the card detail of
+// card payments), stock movements and current-account entry hang off its DocumentKey and are
+// written in the same transaction as the document. Replaced and voided versions are kept in
+// document_history. A workstation names the warehouse its documents move stock in by default.
+constexpr const char* kVersion3 = R"sql(
+ALTER TABLE workstations ADD COLUMN WarehouseID INTEGER NOT NULL DEFAULT 1;
+
+CREATE TABLE documents (
+    DocumentKey INTEGER PRIMARY KEY,
+    DocumentTypeID TEXT NOT NULL COLLATE NOCASE,
+    SeriesID TEXT NOT NULL COLLATE NOCASE,
+    DocumentNumber INTEGER NOT NULL CHECK (DocumentNumber > 0),
+    NumberAssigned BOOLEAN NOT NULL DEFAULT 0,
+    Kind INTEGER NOT NULL CHECK (Kind BETWEEN 1 AND 9),
+    StockDirection INTEGER NOT NULL DEFAULT 0 CHECK (StockDirection IN (-1, 0, 1)),
+    CustomerID INTEGER NOT NULL DEFAULT 0,
+    SalesmanID INTEGER NOT NULL DEFAULT 0,
+    PriceLineID INTEGER NOT NULL DEFAULT 1,
+    ExchangeRate REAL NOT NULL DEFAULT 1,
+    PricesIncludeTax BOOLEAN NOT NULL DEFAULT 1,
+    WarehouseID INTEGER NOT NULL DEFAULT 0,
+    DocumentDate DATETIME NOT NULL,
+    DueDate DATETIME NOT NULL,
+    CurrencyID TEXT NOT NULL DEFAULT '',
+    CountryID TEXT NOT NULL DEFAULT '',
+    TaxRegionID INTEGER NOT NULL DEFAULT 0,
+    WorkstationID INTEGER NOT NULL DEFAULT 0,
+    StampDate DATETIME,
+    Comment TEXT NOT NULL DEFAULT '',
+    CreditSale BOOLEAN NOT NULL DEFAULT 0,
+    LinesTotal REAL NOT NULL DEFAULT 0,
+    TotalNet REAL NOT NULL DEFAULT 0,
+    TotalTax REAL NOT NULL DEFAULT 0,
+    TotalAdjustment REAL NOT NULL DEFAULT 0,
+    Total REAL NOT NULL DEFAULT 0,
+    PaidAmount REAL NOT NULL DEFAULT 0,
+    State INTEGER NOT NULL DEFAULT 0,
+    SavedAt DATETIME NOT NULL,
+    UNIQUE (DocumentTypeID, SeriesID, DocumentNumber)
+);
+CREATE INDEX documents_by_date ON documents (DocumentDate);
+CREATE INDEX documents_by_customer ON documents (CustomerID);
+
+CREATE TABLE document_lines (
+    DocumentKey INTEGER NOT NULL REFERENCES documents (DocumentKey) ON DELETE CASCADE,
+    LineNumber INTEGER NOT NULL,
+    ItemID TEXT NOT NULL DEFAULT '' COLLATE NOCASE,
+    Description TEXT NOT NULL DEFAULT '',
+    TaxableGroupID INTEGER NOT NULL DEFAULT 0,
+    TaxRate REAL NOT NULL DEFAULT 0,
+    SalesmanID INTEGER NOT NULL DEFAULT 0,
+    WarehouseID INTEGER NOT NULL DEFAULT 0,
+    TargetWarehouseID INTEGER NOT NULL DEFAULT 0,
+    Quantity REAL NOT NULL DEFAULT 0,
+    UnitPrice REAL NOT NULL DEFAULT 0,
+    UnitPriceWithoutTax REAL NOT NULL DEFAULT 0,
+    DiscountPercent REAL NOT NULL DEFAULT 0,
+    DiscountValue REAL NOT NULL DEFAULT 0,
+    GrossValue REAL NOT NULL DEFAULT 0,
+    DiscountAmount REAL NOT NULL DEFAULT 0,
+    TotalWithTax REAL NOT NULL DEFAULT 0,
+    NetValue REAL NOT NULL DEFAULT 0,
+    TaxValue REAL NOT NULL DEFAULT 0,
+    PRIMARY KEY (DocumentKey, LineNumber)
+);
+CREATE INDEX document_lines_by_item ON document_lines (ItemID);
+
+CREATE TABLE document_taxes (
+    DocumentKey INTEGER NOT NULL REFERENCES documents (DocumentKey) ON DELETE CASCADE,
+    TaxableGroupID INTEGER NOT NULL,
+    Rate REAL NOT NULL,
+    TaxableAmount REAL NOT NULL,
+    TaxAmount REAL NOT NULL,
+    TotalWithTax REAL NOT NULL,
+    PRIMARY KEY (DocumentKey, TaxableGroupID)
+);
+
+CREATE TABLE document_payments (
+    DocumentKey INTEGER NOT NULL REFERENCES documents (DocumentKey) ON DELETE CASCADE,
+    LineNumber INTEGER NOT NULL,
+    TenderID INTEGER NOT NULL,
+    Amount REAL NOT NULL,
+    PRIMARY KEY (DocumentKey, LineNumber)
+);
+CREATE INDEX document_payments_by_tender ON document_payments (TenderID);
+
+CREATE TABLE card_payments (
+    DocumentKey INTEGER NOT NULL,
+    LineNumber INTEGER NOT NULL,
+    Amount REAL NOT NULL,
+    PRIMARY KEY (DocumentKey, LineNumber),
+    FOREIGN KEY (DocumentKey, LineNumber)
+        REFERENCES document_payments (DocumentKey, LineNumber) ON DELETE CASCADE
+);
+
+CREATE TABLE stock_movements (
+    MovementID INTEGER PRIMARY KEY,
+    DocumentKey INTEGER NOT NULL REFERENCES documents (DocumentKey) ON DELETE CASCADE,
+    LineNumber INTEGER NOT NULL,
+    ItemID TEXT NOT NULL COLLATE NOCASE,
+    WarehouseID INTEGER NOT NULL,
+    Quantity REAL NOT NULL,
+    MovementDate DATETIME NOT NULL,
+    Reversal BOOLEAN NOT NULL DEFAULT 0
+);
+CREATE INDEX stock_movements_by_item ON stock_movements (ItemID, WarehouseID);
+CREATE INDEX stock_movements_by_document ON stock_movements (DocumentKey);
+
+CREATE VIEW item_stock AS
+    SELECT ItemID, WarehouseID, SUM(Quantity) AS Quantity
+    FROM stock_movements GROUP BY ItemID, WarehouseID;
+
+CREATE TABLE account_entries (
+    EntryID INTEGER PRIMARY KEY,
+    DocumentKey INTEGER NOT NULL UNIQUE REFERENCES documents (DocumentKey) ON DELETE CASCADE,
+    CustomerID INTEGER NOT NULL,
+    DocumentTypeID TEXT NOT NULL COLLATE NOCASE,
+    SeriesID TEXT NOT NULL COLLATE NOCASE,
+    DocumentNumber INTEGER NOT NULL,
+    DocumentDate DATETIME NOT NULL,
+    DueDate DATETIME NOT NULL,
+    Total REAL NOT NULL,
+    Amount REAL NOT NULL,
+    OpenAmount REAL NOT NULL CHECK (OpenAmount >= 0)
+);
+CREATE INDEX account_entries_by_customer ON account_entries (CustomerID, DocumentDate);
+CREATE INDEX account_entries_by_document
+    ON account_entries (DocumentTypeID, SeriesID, DocumentNumber);
+
+CREATE TABLE document_history (
+    HistoryID INTEGER PRIMARY KEY,
+    DocumentKey INTEGER NOT NULL,
+    DocumentTypeID TEXT NOT NULL COLLATE NOCASE,
+    SeriesID TEXT NOT NULL COLLATE NOCASE,
+    DocumentNumber INTEGER NOT NULL,
+    Event TEXT NOT NULL CHECK (Event IN ('replaced', 'voided')),
+    EventDate DATETIME NOT NULL,
+    FormerVersion TEXT NOT NULL
+);
+CREATE INDEX document_history_by_document ON document_history (DocumentKey);
+
+PRAGMA user_version=3;
+)sql";
+
 // Step k brings a file of version k-1 to version k, and ends by writing k as the version.
-constexpr const char* kSteps[] = {kVersion1, kVersion2};
+constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 }  // namespace
@@ -250,6 +395,8 @@ void UpgradeSchema(Database& database) {
 
 std::vector<std::string> SchemaTables() {
     std::vector<std::string> tables = {
+        "account_entries", "card_payments", "document_history", "document_lines",
+        "document_payments", "document_taxes", "documents", "item_stock", "stock_movements",
         "company",        "connector_settings", "customer_types", "customers",
         "document_series", "document_types",    "families",       "item_prices",
         "items",          "payment_terms",      "places",         "sales_zones",

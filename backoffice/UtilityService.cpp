@@ -1,6 +1,7 @@
 #include "backoffice/UtilityService.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 
 #include "core/Error.h"
@@ -17,6 +18,15 @@ double UtilityService::KeyLimit(int digits) const {
     // Keys are 32-bit in the back office: a key of N digits holds up to 10^N - 1, capped there.
     const double limit = std::pow(10.0, digits) - 1;
     return std::min(limit, 2147483647.0);
+}
+
+double UtilityService::Round(double value, int decimals) const {
+    if (decimals < 0 || decimals > 15) throw Error("Invalid procedure call or argument", 5);
+    const double scale = std::pow(10.0, decimals);
+    // The nudge makes a value such as 1.00005, held as 1.0000499999..., round as written.
+    const double scaled = value * scale;
+    const double nudge = std::max(std::abs(scaled), 1.0) * 8 * DBL_EPSILON;
+    return std::round(scaled + std::copysign(nudge, scaled)) / scale;
 }
 
 }  // namespace kitra::backoffice

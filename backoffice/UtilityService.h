@@ -8,6 +8,7 @@ class UtilityService final : public host::IUtilityService {
 public:
     double ParseNumber(std::string_view text, char decimalSeparator) const override;
     double KeyLimit(int digits) const override;
+    double Round(double value, int decimals) const override;
 };
 
 }  // namespace kitra::backoffice

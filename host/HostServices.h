@@ -32,6 +32,7 @@
 #include "host/ITaxService.h"
 #include "host/ITaxableGroupService.h"
 #include "host/ITenderService.h"
+#include "host/ITransactionService.h"
 #include "host/IUnitOfSaleService.h"
 #include "host/IUtilityService.h"
 #include "host/IWarehouseService.h"
@@ -72,6 +73,8 @@ struct HostServices {
     ICustomerTypeService* customerTypes = nullptr;
     ISalesZoneService* salesZones = nullptr;
     IPaymentTermService* paymentTerms = nullptr;
+    // Documents.
+    ITransactionService* transactions = nullptr;
 };
 
 namespace detail {

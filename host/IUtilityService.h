@@ -13,6 +13,8 @@ public:
     // The largest key the host accepts for a key of the given number of digits
     // (10 digits: 2147483647, the largest 32-bit key).
     virtual double KeyLimit(int digits) const = 0;
+    // The value rounded to the given number of decimals, halves away from zero.
+    virtual double Round(double value, int decimals) const = 0;
 };
 
 }  // namespace kitra::host

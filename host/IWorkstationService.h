@@ -10,6 +10,8 @@ namespace kitra::host {
 struct Workstation {
     std::int16_t WorkstationID = 0;
     std::string Description;
+    // Where the documents made at the workstation move stock unless told otherwise.
+    std::int16_t WarehouseID = 1;
 
     bool operator==(const Workstation&) const = default;
 };

@@ -9,6 +9,7 @@ const std::vector<ImporterStep>& ImporterOrder() {
         {"ImportFamilies", ImportFamilies, true},
         {"ImportSubfamilies", ImportSubfamilies, true},
         {"ImportItems", ImportItems, true},
+        {"ImportSaleDocuments", ImportSaleDocuments, false},
     };
     return order;
 }

@@ -33,6 +33,10 @@ bool ImportSubfamilies(KitraExecutioner& engine, ado::Connection& connection,
                        Restaurant& restaurant);
 bool ImportItems(KitraExecutioner& engine, ado::Connection& connection, Restaurant& restaurant);
 
+// Documents: sales, credit sales and stock documents with their lines and payments.
+bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
+                         Restaurant& restaurant);
+
 // A restaurant subfamily's key in the host's family table is its code plus this, which keeps
 // subfamilies apart from families there: subfamily 7 is host family 10007.
 inline constexpr double kSubfamilyKeyOffset = 10000;

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "ado/Connection.h"
 #include "core/Clock.h"
@@ -65,6 +66,10 @@ public:
     // When set, importers' failures also show their message boxes; a run clears it.
     bool showErrorMessageBoxs = true;
 
+    // The step label of the importer at work: the stage of the row an error is reported with.
+    void SetStep(std::string_view label) { stepLabel_ = label; }
+    const std::string& StepLabel() const { return stepLabel_; }
+
     const std::string& StatusText() const { return statusText_; }
     void SetStatusText(std::string text) { statusText_ = std::move(text); }
     // Shows a message box through the host (none when the host has no message boxes).
@@ -79,6 +84,22 @@ public:
     double ParseHundredths(const std::string& text) const;
     // Creates the fixed host records that imported documents refer to; never overwrites.
     void EnsureHostDefaults();
+
+    // Code conversions of the document importers.
+    // A salesman's code as the host knows it: restaurant codes above 10000 (salesman uids)
+    // become (code - 10000) modulo 1000; any other value stays.
+    double MapSalesmanCode(const std::string& text) const;
+    // The host document number of a restaurant document ID: the number its last 7 characters
+    // start with, or 0 for IDs shorter than 8 characters.
+    static double DocumentNumberFromID(const std::string& documentId);
+    // The host tender of a restaurant payment type, by the tender equivalences; 0 for none.
+    std::int16_t FindTenderEquivalence(const std::string& paymentTypeUID) const;
+
+    // The transaction the document importer is building (null outside it).
+    host::ITransactionBusiness* TransactionObject() const { return transactionObject_.get(); }
+    void SetTransactionObject(std::unique_ptr<host::ITransactionBusiness> object) {
+        transactionObject_ = std::move(object);
+    }
 
     const host::HostServices& Services() const { return services_; }
     const KitraConnectorSetting* Settings() const { return settings_.get(); }
@@ -103,12 +124,14 @@ private:
     std::optional<DSOKitraLog> logService_;
     std::unique_ptr<ado::Connection> connection_;  // one per run, reused for every restaurant
     std::string statusText_;
+    std::string stepLabel_;
     std::string logContents_;
     std::string logFileName_;
     std::array<std::int32_t, kCounterCount> counters_{};
     std::int32_t warningCount_ = 0;
     std::int32_t errorCount_ = 0;
     bool hostDefaultsEnsured_ = false;
+    std::unique_ptr<host::ITransactionBusiness> transactionObject_;
 };
 
 }  // namespace kitra

@@ -12,12 +12,17 @@ constexpr const char* kNoServer =
 
 // The import date is pasted into the statement, so only a real "yyyy-mm-dd hh:mm:ss" moment
 // may go there; anything else (a hand-edited setting, a quote) is refused before any SQL.
-std::string StatementFor(MasterDataStatement statement, const std::string& entityImportDate) {
-    if (!IsIsoDateTime(entityImportDate)) {
-        throw Error("A data da última importação de entidades '" + entityImportDate +
+std::string StatementFor(MasterDataStatement statement, const Restaurant& restaurant,
+                         ImportDateKind kind) {
+    const bool entities = kind == ImportDateKind::Entities;
+    const std::string& date =
+        entities ? restaurant.ImportDateEntities : restaurant.ImportDateTransactions;
+    if (!IsIsoDateTime(date)) {
+        throw Error(std::string("A data da última importação de ") +
+                    (entities ? "entidades" : "transacções") + " '" + date +
                     "' não é uma data válida no formato aaaa-mm-dd hh:mm:ss.");
     }
-    return statement(entityImportDate);
+    return statement(date);
 }
 
 }  // namespace
@@ -47,6 +52,7 @@ bool ImportMasterData(KitraExecutioner& engine, ado::Connection& connection,
                       const std::function<void(MasterDataRow&)>& importRow) {
     const std::string section(texts.section);
     MasterDataRow row(engine, restaurant, texts);
+    engine.SetStep("");
     try {
         engine.SetStatusText(std::string(texts.startText));
         engine.NotifyStatus(engine.StatusText());
@@ -71,7 +77,7 @@ bool ImportMasterData(KitraExecutioner& engine, ado::Connection& connection,
             }
         } else {
             ado::Recordset recordset;
-            recordset.Open(StatementFor(statement, restaurant.ImportDateEntities), connection);
+            recordset.Open(StatementFor(statement, restaurant, texts.date), connection);
             row.recordset_ = &recordset;
             for (long number = 1; !recordset.Eof(); ++number) {
                 engine.NotifyProgress(number, recordset.RecordCount() - 1,
@@ -91,7 +97,7 @@ bool ImportMasterData(KitraExecutioner& engine, ado::Connection& connection,
     } catch (const std::exception& error) {
         // The rows saved so far stay saved; the connection stays as it is, and the next
         // importer uses it open.
-        engine.SetStatusText(std::string(texts.errorText) + row.id_ + " : " + row.step_ + " - " +
+        engine.SetStatusText(std::string(texts.errorText) + row.id_ + " : " + engine.StepLabel() + " - " +
                              DescriptionOf(error));
         engine.WriteLog(section, engine.StatusText());
         if (engine.showErrorMessageBoxs) {

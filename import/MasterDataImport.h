@@ -24,6 +24,12 @@ enum class RowProgressText {
     CurrentStatus,  // the engine's status text as it is when the row starts
 };
 
+// Which of the restaurant's two last-import dates the statement selects from.
+enum class ImportDateKind {
+    Entities,      // master data
+    Transactions,  // documents, cash movements, receipts
+};
+
 struct MasterDataImportTexts {
     // The log section of every line the importer writes ("Vendedores").
     std::string_view section;
@@ -37,9 +43,10 @@ struct MasterDataImportTexts {
     RowProgressText progress;
     // How the error line names the ID before a row was read: "0" for numeric IDs, "" for texts.
     std::string_view idBeforeFirstRow;
+    ImportDateKind date = ImportDateKind::Entities;
 };
 
-// The importer's statement for the restaurant's last entity import date ("yyyy-mm-dd hh:mm:ss").
+// The importer's statement for the restaurant's last import date ("yyyy-mm-dd hh:mm:ss").
 using MasterDataStatement = std::string (*)(std::string_view entityImportDate);
 
 // One row of the importer's result and what the importer does with it.
@@ -49,7 +56,7 @@ public:
                   const MasterDataImportTexts& texts);
 
     // The step label that an error from here on is reported with.
-    void Step(std::string_view label) { step_ = label; }
+    void Step(std::string_view label) { engine_.SetStep(label); }
     // The row's ID as the error line names it.
     void Identify(std::string id) { id_ = std::move(id); }
 
@@ -88,7 +95,6 @@ private:
     const Restaurant& restaurant_;
     const MasterDataImportTexts& texts_;
     const ado::Recordset* recordset_ = nullptr;
-    std::string step_;
     std::string id_;
 };
 

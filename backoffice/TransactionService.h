@@ -1,0 +1,69 @@
+#pragma once
+// The back office's documents: the business object that builds a transaction, and the data
+// service that saves it whole (documents, document_lines, document_taxes, document_payments,
+// card_payments, stock_movements, account_entries) in one SQLite transaction, replaces an
+// earlier version of the same document keeping the former one in document_history, and voids a
+// saved document on refund.
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "backoffice/Database.h"
+#include "core/Clock.h"
+#include "host/ITransactionService.h"
+
+namespace kitra::backoffice {
+
+class TransactionBusiness final : public host::ITransactionBusiness {
+public:
+    explicit TransactionBusiness(Database& database) : database_(database) {}
+
+    void InitNewTransaction(const std::string& documentTypeID,
+                            const std::string& seriesID) override;
+    void SetTransactionDefaults(const host::DocumentType& definition,
+                                std::int16_t workstationID) override;
+    host::Transaction& Current() override { return transaction_; }
+    host::TransactionLine NewLine() const override;
+    void CalculateLine(host::TransactionLine& line) const override;
+    void AppendLine(const host::TransactionLine& line) override;
+    host::TransactionPayment NewPayment(std::int16_t tenderID) const override;
+    void AppendPayment(const host::TransactionPayment& payment) override;
+    void WorkstationStamp(std::int16_t workstationID, const DateTime& moment) override;
+    host::CreditCheckAmounts CreditCheck() const override;
+    double CalculatedTotal() const override;
+    void SetTotalAdjustment(double amount) override;
+    void Calculate() override;
+
+private:
+    double RateOf(std::int16_t taxableGroupID) const;
+
+    Database& database_;
+    host::Transaction transaction_;
+    mutable std::map<std::int16_t, double> rates_;  // of the transaction's tax context
+};
+
+class TransactionService final : public host::ITransactionService {
+public:
+    // `clock` stamps the history and the saved documents; it must outlive the service.
+    explicit TransactionService(Database& database, const Clock& clock = DefaultClock());
+
+    std::unique_ptr<host::ITransactionBusiness> NewTransactionBusiness() const override;
+    void Save(host::Transaction& transaction) override;
+    void Refund(host::Transaction& transaction) override;
+    std::optional<host::SavedDocument> Find(const std::string& documentTypeID,
+                                            const std::string& seriesID,
+                                            std::int32_t documentNumber) const override;
+
+private:
+    static const Clock& DefaultClock();
+
+    Database& database_;
+    const Clock& clock_;
+};
+
+// The stock direction of a kind of document.
+host::StockDirection StockDirectionOf(host::DocumentKind kind);
+
+}  // namespace kitra::backoffice

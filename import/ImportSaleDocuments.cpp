@@ -1,0 +1,154 @@
+// ImportSaleDocuments: the restaurant's closed transactions of the three imported types, changed
+// since its last transactions import, into host documents (invoices, credit sales, stock
+// documents) with their lines and payments. A header whose type is not mapped in the settings is
+// left out with one log line; a refunded header is saved and then refunded.
+#include "core/Numbers.h"
+#include "import/DocumentImport.h"
+#include "import/Importers.h"
+#include "import/MasterDataImport.h"
+#include "restaurant/Statements.h"
+
+namespace kitra {
+namespace {
+
+constexpr const char* kSection = "Transacções";
+
+// Restaurant document types and the settings key each is imported under.
+constexpr std::int32_t kCreditSaleType = 11;
+constexpr std::int32_t kStockDocumentType = 13;
+constexpr std::int32_t kInvoiceType = 17;
+
+// A restaurant code read through the host's number parser; a header whose salesman or customer
+// the restaurant itself lacks (its join gives nothing) reads as 0, like one the host lacks.
+std::int32_t CodeOf(const host::HostServices& services, const Variant& value) {
+    if (value.IsNull()) return 0;
+    return RoundToInt32(services.utility->ParseNumber(value.ToText(), ','));
+}
+
+}  // namespace
+
+std::string DocumentTypeKeyFor(const KitraConnectorSetting& settings, std::int32_t documentTypeUid) {
+    switch (documentTypeUid) {
+        case kInvoiceType: return settings.InvoiceTransDocument;
+        case kCreditSaleType: return settings.CreditTransDocument;
+        case kStockDocumentType: return settings.StockTransDocument;
+        default: return {};
+    }
+}
+
+bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
+                         Restaurant& restaurant) {
+    static constexpr MasterDataImportTexts kTexts{
+        .section = kSection,
+        .startText = "A importar Transacções",
+        .errorText = "## Erro ## ao importar a tabela de Transacções. Transacção: ",
+        .counter = Counter::Transactions,
+        .progress = RowProgressText::StartText,
+        .idBeforeFirstRow = "",
+        .date = ImportDateKind::Transactions,
+    };
+    const host::HostServices& services = engine.Services();
+    // The business object lives for the whole step and builds one document at a time.
+    TransactionObjectScope transactionObject(engine);
+    return ImportMasterData(
+        engine, connection, restaurant, kTexts, kitra::restaurant::SaleDocumentsStatement,
+        [&services, &connection](MasterDataRow& row) {
+            KitraExecutioner& engine = row.Engine();
+            const Restaurant& restaurant = row.RestaurantBeingImported();
+
+            row.Step("docNumber-check");
+            const std::string headerUid = row["UID"].ToText();
+            const std::string documentId = row["DocumentID"].ToText();
+            row.Identify(documentId);
+            row.Announce("Documento: " + documentId);
+
+            row.Step("customerID");
+            std::int32_t customer = CodeOf(services, row["CustomerID"]);
+            if (!services.customers->Exists(customer)) customer = 0;
+
+            row.Step("TableTotal");
+            const double tableTotal = engine.ParseHundredths(row["TableTotal"].ToText());
+
+            row.Step("salesmanID");
+            std::int32_t salesman = CodeOf(services, row["SalesmanID"]);
+            if (!services.salesmen->Exists(salesman)) salesman = 0;
+
+            row.Step("docType");
+            const std::int32_t documentType =
+                RoundToInt32(services.utility->ParseNumber(row["DocumentTypeUID"].ToText(), ','));
+            row.Step("docDate");
+            const DateTime documentDate = row["CreateDate"].ToDate();
+            row.Step("refundDoc");
+            const bool refund = row["TransactionStatus"].ToText() != "N";
+
+            const std::string key = DocumentTypeKeyFor(*engine.Settings(), documentType);
+            if (key.empty()) {
+                // Each reason overwrites the one before, so the document type's always wins and
+                // a skipped header gets exactly one line.
+                std::string message;
+                if (salesman == 0) {
+                    message = "Não foi possível adicionar a Transacção '" + documentId +
+                              "' porque não existe o empregado com o código '" + "0" + "'";
+                }
+                if (customer == 0) {
+                    message = "Não foi possível adicionar a Transacção '" + documentId +
+                              "' porque não existe o cliente com o código '" + "0" + "'";
+                }
+                message = "Não foi possível adicionar a Transacção '" + documentId +
+                          "' porque não existe o tipo de documento não está mapeado.";
+                row.LeaveOut(message, kSection);
+                return;
+            }
+            const std::int16_t warehouse = restaurant.DefaultWarehouseID;
+
+            host::ITransactionBusiness& transaction = *engine.TransactionObject();
+            row.Step("oDocument");
+            const std::optional<host::DocumentType> definition = services.documentTypes->Get(key);
+            if (!definition) throw Error("Não existe o tipo de documento '" + key + "'.");
+            row.Step("InitNewTransaction");
+            transaction.InitNewTransaction(key, restaurant.TransSerial);
+            row.Step("SetTransactionDefaults");
+            transaction.SetTransactionDefaults(*definition, restaurant.WorkstationID);
+
+            host::Transaction& header = transaction.Current();
+            header.CustomerID = customer;
+            header.SalesmanID = engine.MapSalesmanCode(std::to_string(salesman));
+            header.PriceLineID = 1;
+            header.SeriesID = restaurant.TransSerial;
+            header.DocumentTypeID = key;
+            header.DocumentNumber = RoundToInt32(KitraExecutioner::DocumentNumberFromID(documentId));
+            header.ExchangeRate = 1;
+            header.PricesIncludeTax = true;
+            header.WarehouseID = warehouse;
+            header.DocumentDate = documentDate;
+            header.DueDate = documentDate;
+
+            ImportDocumentLines(engine, connection, headerUid, restaurant, *definition);
+            ImportDocumentTenders(engine, connection, headerUid, restaurant, *definition);
+
+            row.Step("WorkstationStamp");
+            transaction.WorkstationStamp(restaurant.WorkstationID, engine.GetClock().Now());
+
+            row.Step("Credit-check");
+            const host::CreditCheckAmounts amounts = transaction.CreditCheck();
+            const double worth = services.utility->Round(amounts.DocumentTotal, 4);
+            const double covered = services.utility->Round(amounts.PaidAmount, 4);
+            header.CreditSale = covered < worth;
+
+            const double calculated = transaction.CalculatedTotal();
+            if (tableTotal != calculated) transaction.SetTotalAdjustment(tableTotal - calculated);
+
+            row.Step("oDSOItemTransaction.Save");
+            transaction.Calculate();
+            services.transactions->Save(header);
+
+            row.Step("refundDoc");
+            if (refund) {
+                header.StateCode = host::document_state::kVoid;
+                services.transactions->Refund(header);
+            }
+            ++engine.Count(Counter::Transactions);
+        });
+}
+
+}  // namespace kitra

@@ -1,0 +1,369 @@
+// The back office's documents: the line and document calculation, saving whole documents with
+// their stock and current-account effects, numbering, replacement and refund.
+#include <gtest/gtest.h>
+
+#include "backoffice/DocumentCalculation.h"
+#include "backoffice/Schema.h"
+#include "tests/backoffice/TempFolder.h"
+
+namespace kitra::backoffice {
+namespace {
+
+using namespace host;
+using testing::TempBackOffice;
+
+// ---------------------------------------------------------------- calculation
+
+TransactionLine Line(double quantity, double unitPrice, double percent = 0, double value = 0) {
+    TransactionLine line;
+    line.Quantity = quantity;
+    line.UnitPrice = unitPrice;
+    line.DiscountPercent = percent;
+    line.DiscountValue = value;
+    return line;
+}
+
+TEST(LineCalculation, TakesTheVatOutOfPricesThatIncludeIt) {
+    TransactionLine line = Line(2, 1.25);
+    CalculateLine(line, true, 23);
+    EXPECT_DOUBLE_EQ(line.GrossValue, 2.5);
+    EXPECT_DOUBLE_EQ(line.DiscountAmount, 0);
+    EXPECT_DOUBLE_EQ(line.TotalWithTax, 2.5);
+    EXPECT_DOUBLE_EQ(line.Value, 2.5);
+    EXPECT_DOUBLE_EQ(line.NetValue, 2.03);
+    EXPECT_DOUBLE_EQ(line.TaxValue, 0.47);
+    EXPECT_DOUBLE_EQ(line.TaxRate, 23);
+}
+
+TEST(LineCalculation, AddsTheVatToPricesWithoutIt) {
+    TransactionLine line = Line(3, 1);
+    CalculateLine(line, false, 6);
+    EXPECT_DOUBLE_EQ(line.NetValue, 3);
+    EXPECT_DOUBLE_EQ(line.TotalWithTax, 3.18);
+    EXPECT_DOUBLE_EQ(line.TaxValue, 0.18);
+}
+
+TEST(LineCalculation, APercentageDiscountIsTakenFromTheGrossValue) {
+    TransactionLine line = Line(1, 10, 15);
+    CalculateLine(line, true, 23);
+    EXPECT_DOUBLE_EQ(line.DiscountAmount, 1.5);
+    EXPECT_DOUBLE_EQ(line.TotalWithTax, 8.5);
+}
+
+TEST(LineCalculation, ADiscountValueIsTheDiscountEvenWithAPercentage) {
+    // The restaurant gives both the percentage and the amount it produced.
+    TransactionLine line = Line(2, 5, 10, 1);
+    CalculateLine(line, true, 23);
+    EXPECT_DOUBLE_EQ(line.DiscountAmount, 1);
+    EXPECT_DOUBLE_EQ(line.TotalWithTax, 9);
+}
+
+TEST(LineCalculation, AValueGivenBeforehandIsReplacedByTheCalculation) {
+    TransactionLine line = Line(1, 2);
+    line.Value = 200;  // a value in hundredths, as a restaurant keeps it
+    CalculateLine(line, true, 13);
+    EXPECT_DOUBLE_EQ(line.Value, 2);
+}
+
+TEST(DocumentCalculation, VatIsCalculatedOncePerTaxableGroup) {
+    host::Transaction document;
+    // Three lines of 0,10 at 23 %: per line 0,08 + 0,02; on their sum 0,24 + 0,06.
+    for (int i = 0; i < 3; ++i) {
+        TransactionLine line = Line(1, 0.10);
+        line.TaxableGroupID = 1;
+        CalculateLine(line, true, 23);
+        document.Lines.push_back(line);
+    }
+    TransactionLine reduced = Line(1, 1.06);
+    reduced.TaxableGroupID = 3;
+    CalculateLine(reduced, true, 6);
+    document.Lines.push_back(reduced);
+    document.TotalAdjustment = 0.01;
+    document.Payments = {{1, 1, 1.0, {}}, {2, 2, 0.37, {}}};
+
+    CalculateDocument(document, [](std::int16_t group) { return group == 1 ? 23.0 : 6.0; });
+    ASSERT_EQ(document.Taxes.size(), 2u);
+    EXPECT_EQ(document.Taxes[0], (TaxSummary{1, 23, 0.24, 0.06, 0.30}));
+    EXPECT_EQ(document.Taxes[1], (TaxSummary{3, 6, 1.0, 0.06, 1.06}));
+    EXPECT_DOUBLE_EQ(document.TotalNet, 1.24);
+    EXPECT_DOUBLE_EQ(document.TotalTax, 0.12);
+    EXPECT_DOUBLE_EQ(document.LinesTotal, 1.36);
+    EXPECT_DOUBLE_EQ(document.Total, 1.37);
+    EXPECT_DOUBLE_EQ(document.PaidAmount, 1.37);
+}
+
+// ---------------------------------------------------------------- saving
+
+class Documents : public ::testing::Test {
+protected:
+    void SetUp() override {
+        Item beer;
+        beer.ItemID = "C100";
+        beer.Description = "Cerveja";
+        beer.TaxableGroupID = 1;
+        beer.StockManagement = true;
+        office->items.Save(beer, beer.ItemID, true);
+        Item service = beer;
+        service.ItemID = "C200";
+        service.Description = "Couvert";
+        service.StockManagement = false;
+        office->items.Save(service, service.ItemID, true);
+        Customer customer;
+        customer.OrganizationName = "Cliente de conta";
+        office->customers.Save(customer, 7.0, true);
+    }
+
+    // A new transaction of the type in series EXT with the back office's defaults for
+    // workstation 1, one line of 2 × C100 at 1,50 (23 %), dated 2025-01-10 12:00.
+    std::unique_ptr<ITransactionBusiness> NewDocument(const std::string& type, std::int32_t number) {
+        auto business = office->transactions.NewTransactionBusiness();
+        business->InitNewTransaction(type, "EXT");
+        business->SetTransactionDefaults(*office->documentTypes.Get(type), 1);
+        host::Transaction& t = business->Current();
+        t.DocumentNumber = number;
+        t.CustomerID = 7;
+        t.DocumentDate = t.DueDate = {2025, 1, 10, 12, 0, 0};
+        AddLine(*business, "C100", 2, 1.5);
+        return business;
+    }
+
+    static void AddLine(ITransactionBusiness& business, const std::string& item, double quantity,
+                        double price) {
+        TransactionLine line = business.NewLine();
+        line.ItemID = item;
+        line.Description = item;
+        line.TaxableGroupID = 1;
+        line.Quantity = quantity;
+        line.UnitPrice = price;
+        business.CalculateLine(line);
+        business.AppendLine(line);
+    }
+
+    static void Pay(ITransactionBusiness& business, std::int16_t tender, double amount) {
+        TransactionPayment payment = business.NewPayment(tender);
+        payment.Amount = amount;
+        business.AppendPayment(payment);
+    }
+
+    double Stock(const std::string& item, int warehouse = 1) {
+        Statement stock(office->GetDatabase(),
+                        "SELECT COALESCE(SUM(Quantity), 0) FROM item_stock WHERE ItemID=? AND "
+                        "WarehouseID=?");
+        stock.Bind({Variant(item), Variant(static_cast<std::int32_t>(warehouse))});
+        stock.Step();
+        return stock.Column(0).ToDouble();
+    }
+
+    std::string Value(const std::string& sql) {
+        Statement statement(office->GetDatabase(), sql);
+        return statement.Step() ? statement.ColumnText(0) : "(none)";
+    }
+
+    TempBackOffice office;
+};
+
+TEST_F(Documents, ASaleIsSavedWholeAndMovesStockOut) {
+    auto business = NewDocument("VB", 12);
+    AddLine(*business, "C200", 1, 2);
+    Pay(*business, 1, 5);
+    business->Calculate();
+    office->transactions.Save(business->Current());
+
+    const auto saved = office->transactions.Find("VB", "EXT", 12);
+    ASSERT_TRUE(saved.has_value());
+    const host::Transaction& t = saved->Document;
+    EXPECT_EQ(t.Kind, DocumentKind::Sale);
+    EXPECT_EQ(t.Lines.size(), 2u);
+    EXPECT_DOUBLE_EQ(t.Total, 5);
+    EXPECT_DOUBLE_EQ(t.PaidAmount, 5);
+    EXPECT_DOUBLE_EQ(t.TotalNet, 4.07);
+    EXPECT_DOUBLE_EQ(t.TotalTax, 0.93);
+    EXPECT_EQ(t.WarehouseID, 1);
+    EXPECT_FALSE(saved->NumberAssigned);
+    // Only the stock-managed item moves.
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2);
+    EXPECT_DOUBLE_EQ(Stock("C200"), 0);
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM account_entries"), "0");
+}
+
+TEST_F(Documents, DocumentTypesAndSeriesAreCheckedWithClearMessages) {
+    auto business = office->transactions.NewTransactionBusiness();
+    try {
+        business->InitNewTransaction("XX", "EXT");
+        FAIL();
+    } catch (const Error& e) {
+        EXPECT_EQ(e.Description(), "Não existe o tipo de documento 'XX'.");
+    }
+    try {
+        business->InitNewTransaction("VB", "NOPE");
+        FAIL();
+    } catch (const Error& e) {
+        EXPECT_EQ(e.Description(), "Não existe a série 'NOPE'.");
+    }
+    DocumentSeries closed{"OLD", "Fechada", SeriesKind::ExternalUnsigned, false};
+    office->documentSeries.Save(closed, "OLD", true);
+    try {
+        business->InitNewTransaction("VB", "OLD");
+        FAIL();
+    } catch (const Error& e) {
+        EXPECT_EQ(e.Description(), "A série 'OLD' não está activa.");
+    }
+}
+
+TEST_F(Documents, ACreditSaleOpensAnAccountEntryForWhatWasNotPaid) {
+    auto business = NewDocument("FAC", 3);
+    Pay(*business, 1, 1);
+    host::Transaction& t = business->Current();
+    t.CreditSale = true;
+    business->Calculate();
+    office->transactions.Save(t);
+    const auto saved = office->transactions.Find("FAC", "EXT", 3);
+    ASSERT_TRUE(saved);
+    EXPECT_DOUBLE_EQ(saved->OpenAmount, 2);
+    EXPECT_EQ(Value("SELECT CustomerID || ' ' || DocumentTypeID || ' ' || SeriesID || ' ' || "
+                    "DocumentNumber || ' ' || Total || ' ' || Amount FROM account_entries"),
+              "7 FAC EXT 3 3.0 2.0");
+}
+
+TEST_F(Documents, NumberZeroTakesTheSeriesNextFreeNumber) {
+    for (int i = 0; i < 3; ++i) {
+        auto business = NewDocument("VB", i == 0 ? 41 : 0);
+        office->transactions.Save(business->Current());
+        EXPECT_EQ(business->Current().DocumentNumber, 41 + i);
+    }
+    EXPECT_EQ(Value("SELECT group_concat(DocumentNumber || ':' || NumberAssigned, ' ') FROM "
+                    "(SELECT * FROM documents ORDER BY DocumentNumber)"),
+              "41:0 42:1 43:1");
+    EXPECT_DOUBLE_EQ(Stock("C100"), -6);
+}
+
+TEST_F(Documents, ASecondVersionReplacesTheFirstAndKeepsItInTheHistory) {
+    auto first = NewDocument("FAC", 9);
+    first->Current().CreditSale = true;
+    office->transactions.Save(first->Current());
+
+    // What a receipt settled of the first version stays settled.
+    office->GetDatabase().Exec("UPDATE account_entries SET OpenAmount = 1");
+
+    auto second = NewDocument("FAC", 9);
+    AddLine(*second, "C100", 1, 1.5);
+    second->Current().CreditSale = true;
+    office->transactions.Save(second->Current());
+
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM documents"), "1");
+    const auto saved = office->transactions.Find("FAC", "EXT", 9);
+    ASSERT_TRUE(saved);
+    EXPECT_EQ(saved->Document.Lines.size(), 2u);
+    EXPECT_DOUBLE_EQ(saved->Document.Total, 4.5);
+    EXPECT_DOUBLE_EQ(saved->OpenAmount, 2.5);  // 4,50 on account, 2,00 already settled
+    EXPECT_DOUBLE_EQ(Stock("C100"), -3);         // the first version's movements are gone
+    EXPECT_EQ(Value("SELECT Event FROM document_history"), "replaced");
+    EXPECT_NE(Value("SELECT FormerVersion FROM document_history").find("total 3"),
+              std::string::npos);
+}
+
+TEST_F(Documents, ARefundVoidsTheDocumentAndReversesItsEffects) {
+    auto business = NewDocument("FAC", 5);
+    business->Current().CreditSale = true;
+    office->transactions.Save(business->Current());
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2);
+
+    business->Current().StateCode = document_state::kVoid;
+    office->transactions.Refund(business->Current());
+    office->transactions.Refund(business->Current());  // a second refund changes nothing
+
+    const auto saved = office->transactions.Find("FAC", "EXT", 5);
+    ASSERT_TRUE(saved);
+    EXPECT_EQ(saved->Document.StateCode, document_state::kVoid);
+    EXPECT_DOUBLE_EQ(saved->OpenAmount, 0);
+    EXPECT_DOUBLE_EQ(Stock("C100"), 0);
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM stock_movements WHERE Reversal = 1"), "1");
+    EXPECT_EQ(Value("SELECT group_concat(Event) FROM document_history"), "voided,voided");
+}
+
+TEST_F(Documents, AReturnMovesStockIn) {
+    auto business = NewDocument("DEV", 1);
+    office->transactions.Save(business->Current());
+    EXPECT_DOUBLE_EQ(Stock("C100"), 2);
+}
+
+TEST_F(Documents, ALineWhoseItemIsUnknownIsKeptAndMovesNoStock) {
+    auto business = NewDocument("VB", 2);
+    AddLine(*business, "C999", 1, 3);
+    office->transactions.Save(business->Current());
+    const auto saved = office->transactions.Find("VB", "EXT", 2);
+    ASSERT_TRUE(saved);
+    ASSERT_EQ(saved->Document.Lines.size(), 2u);
+    EXPECT_EQ(saved->Document.Lines[1].ItemID, "C999");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM stock_movements WHERE ItemID = 'C999'"), "0");
+}
+
+TEST_F(Documents, CardPaymentsKeepTheirDetailRecord) {
+    auto business = NewDocument("VB", 4);
+    TransactionPayment card = business->NewPayment(2);
+    card.Amount = 3;
+    card.CardDetail = CardPaymentDetail{3};
+    business->AppendPayment(card);
+    office->transactions.Save(business->Current());
+    const auto saved = office->transactions.Find("VB", "EXT", 4);
+    ASSERT_TRUE(saved);
+    ASSERT_EQ(saved->Document.Payments.size(), 1u);
+    EXPECT_EQ(saved->Document.Payments[0].CardDetail, CardPaymentDetail{3});
+}
+
+TEST_F(Documents, TheTotalAdjustmentIsAnAmountOfItsOwn) {
+    auto business = NewDocument("VB", 6);
+    EXPECT_DOUBLE_EQ(business->CalculatedTotal(), 3);
+    business->SetTotalAdjustment(3.05 - business->CalculatedTotal());
+    office->transactions.Save(business->Current());
+    const auto saved = office->transactions.Find("VB", "EXT", 6);
+    ASSERT_TRUE(saved);
+    EXPECT_DOUBLE_EQ(saved->Document.LinesTotal, 3);
+    EXPECT_DOUBLE_EQ(saved->Document.TotalAdjustment, 0.05);
+    EXPECT_DOUBLE_EQ(saved->Document.Total, 3.05);
+    EXPECT_DOUBLE_EQ(saved->Document.TotalNet + saved->Document.TotalTax, 3);
+}
+
+TEST_F(Documents, AFailedSaveLeavesNothing) {
+    auto business = NewDocument("VB", 8);
+    TransactionLine bad = business->NewLine();
+    bad.ItemID = "C100";
+    bad.TaxableGroupID = 77;  // no rate: the save's calculation fails
+    bad.Quantity = 1;
+    business->AppendLine(bad);
+    EXPECT_THROW(office->transactions.Save(business->Current()), Error);
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM documents"), "0");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM document_lines"), "0");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM stock_movements"), "0");
+}
+
+TEST_F(Documents, DefaultsComeFromTheDocumentTypeTheWorkstationAndTheCompany) {
+    office->warehouses.Save({3, "Esplanada"}, 3, true);
+    Workstation terrace{3, "Posto 3", 3};
+    office->workstations.Save(terrace, 3, false);
+    auto business = office->transactions.NewTransactionBusiness();
+    business->InitNewTransaction("GT", "EXT");
+    business->SetTransactionDefaults(*office->documentTypes.Get("GT"), 3);
+    const host::Transaction& t = business->Current();
+    EXPECT_EQ(t.Kind, DocumentKind::StockTransport);
+    EXPECT_EQ(t.Stock, StockDirection::Out);
+    EXPECT_EQ(t.WarehouseID, 3);
+    EXPECT_EQ(t.CurrencyID, "EUR");
+    EXPECT_EQ(t.Tax.CountryID, "PT");
+    EXPECT_EQ(t.Tax.TaxRegionID, 1);
+    EXPECT_EQ(business->NewLine().WarehouseID, 3);
+    // A workstation the back office does not know takes the first warehouse.
+    business->SetTransactionDefaults(*office->documentTypes.Get("GT"), 99);
+    EXPECT_EQ(business->Current().WarehouseID, 1);
+}
+
+TEST_F(Documents, TheCreditCheckComparesTheTotalWithThePayments) {
+    auto business = NewDocument("VB", 10);
+    Pay(*business, 1, 2);
+    const CreditCheckAmounts amounts = business->CreditCheck();
+    EXPECT_DOUBLE_EQ(amounts.DocumentTotal, 3);
+    EXPECT_DOUBLE_EQ(amounts.PaidAmount, 2);
+}
+
+}  // namespace
+}  // namespace kitra::backoffice

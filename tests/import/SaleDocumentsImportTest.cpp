@@ -1,0 +1,511 @@
+// ImportSaleDocuments with its lines and tenders, against a restaurant database on the private
+// server and a real back office: what the host holds afterwards and what the log says.
+#include <algorithm>
+
+#include "backoffice/Database.h"
+#include "import/DocumentImport.h"
+#include "tests/import/MasterDataImportTest.h"
+
+namespace kitra {
+namespace {
+
+class SaleDocumentsImportTest : public MasterDataImportTest {
+protected:
+    void SetUp() override {
+        MasterDataImportTest::SetUp();
+        Database().Execute(
+            "INSERT INTO taxes (uid, TaxRate) VALUES (1, 23.00), (2, 13.00), (3, 6.00), (4, 99.00);"
+            "INSERT INTO paymenttypes (uid, code, Description) VALUES (1, '1', 'Dinheiro'),"
+            " (2, '2', 'Multibanco'), (3, '3', 'Visa'), (4, '4', 'MB Way'), (5, '5', 'Cheque'),"
+            " (6, '9999', 'Conta Corrente'), (7, '9998', 'Oferta'), (8, '8', 'Refeição');"
+            "INSERT INTO salesmans (uid, SalesmanID, SalesmanName) VALUES (10012, 12, 'Ana'),"
+            " (10007, 7, 'Rui'), (10000, 10000, 'Geral'), (10055, 55, 'Sem ficha');"
+            "INSERT INTO customers (uid, CustomerID, Name) VALUES (1, 31, 'Conta'),"
+            " (2, 99, 'Desconhecido');"
+            "INSERT INTO plus (UID, ItemID, Description, SubFamilyID, PropertyUID) VALUES"
+            " (1, '100', 'Cerveja', 1, 1), (2, '200', 'Picanha', 1, 1), (3, '300', 'Novo', 1, 1)");
+        // The host knows items C100 (stocked) and C200 (sold by weight), customer 31 and the
+        // salesmen 12 and 7.
+        host::Item beer;
+        beer.Description = "Cerveja";
+        beer.TaxableGroupID = 1;
+        beer.StockManagement = true;
+        Host().items->Save(beer, "C100", true);
+        host::Item meat = beer;
+        meat.Description = "Picanha";
+        meat.ReadQuantityFromScale = true;
+        Host().items->Save(meat, "C200", true);
+        host::Customer customer;
+        customer.OrganizationName = "Conta";
+        Host().customers->Save(customer, 31.0, true);
+        for (double id : {12.0, 7.0}) {
+            host::Salesman salesman;
+            salesman.Name = "Empregado";
+            Host().salesmen->Save(salesman, id, true);
+        }
+
+        settings = std::make_unique<KitraConnectorSetting>(*Host().utility);
+        settings->InvoiceTransDocument = "VB";
+        settings->CreditTransDocument = "FAC";
+        settings->StockTransDocument = "GT";
+        settings->DefaultTenderPayment = 1;
+        settings->TaxableGroupEquivalence = {{1, "23"}, {2, "13"}, {3, "6"}};
+        settings->TenderEquivalence = {{1, "1"}, {2, "2"}, {3, "3"}, {2, "4"}, {6, "5"}};
+        Use(*settings);
+        restaurant.ItemIDPrefix = "C";
+        restaurant.TransSerial = "EXT";
+        restaurant.WorkstationID = 1;
+        restaurant.DefaultWarehouseID = 1;
+    }
+
+    void Use(const KitraConnectorSetting& s) { engine.UseSettings(s); }
+
+    // A closed transaction changed on 2024-06-01 (or at `modified`).
+    void AddHeader(int uid, int type, const std::string& documentId, int total,
+                   const std::string& salesmanUid = "10012", const std::string& customerUid = "1",
+                   const std::string& status = "N",
+                   const std::string& modified = "2024-06-01 10:00:00") {
+        Database().Execute(
+            "INSERT INTO transactionsheaders (UID, DocumentTypeUID, DocumentID, CreateSalesmanUID,"
+            " CustomerUID, TransactionStatus, TableTotal, CreateDate, ModifyDate) VALUES (" +
+            std::to_string(uid) + ", " + std::to_string(type) + ", '" + documentId + "', " +
+            salesmanUid + ", " + customerUid + ", '" + status + "', " + std::to_string(total) +
+            ", '2024-05-31 21:30:00', '" + modified + "')");
+    }
+    void AddLine(int header, int plu, const std::string& name, int quantity, int price,
+                 int saleValue, int tax = 1, const std::string& salesmanUid = "10012",
+                 const std::string& percent = "0", int discountValue = 0) {
+        Database().Execute(
+            "INSERT INTO transactionsdetails (TransactionUID, PluUid, PluName, Quantity,"
+            " PluUnitPrice, DiscountPercentage, DiscountValue, SaleValue, SaleTaxUID, SalesmanUID)"
+            " VALUES (" + std::to_string(header) + ", " + std::to_string(plu) + ", '" + name +
+            "', " + std::to_string(quantity) + ", " + std::to_string(price) + ", " + percent +
+            ", " + std::to_string(discountValue) + ", " + std::to_string(saleValue) + ", " +
+            std::to_string(tax) + ", " + salesmanUid + ")");
+    }
+    void AddTender(int header, int paymentType, int value) {
+        Database().Execute(
+            "INSERT INTO transactionstenders (TransactionUID, PaymentTypeUID, value) VALUES (" +
+            std::to_string(header) + ", " + std::to_string(paymentType) + ", " +
+            std::to_string(value) + ")");
+    }
+    // A one-line invoice of 3,00 (2 × C100 at 1,50) paid in cash.
+    void AddInvoice(int uid, const std::string& documentId, const std::string& status = "N",
+                    const std::string& modified = "2024-06-01 10:00:00") {
+        AddHeader(uid, 17, documentId, 300, "10012", "1", status, modified);
+        AddLine(uid, 1, "Cerveja", 2, 150, 300);
+        AddTender(uid, 1, 300);
+    }
+
+    bool Import() { return ImportSaleDocuments(engine, connection, restaurant); }
+
+    std::optional<host::SavedDocument> Document(const std::string& type, std::int32_t number) {
+        return Host().transactions->Find(type, "EXT", number);
+    }
+
+    std::string HostValue(const std::string& sql) {
+        backoffice::Statement statement(office.Office().GetDatabase(), sql);
+        return statement.Step() ? statement.ColumnText(0) : "(none)";
+    }
+    int Documents() { return std::stoi(HostValue("SELECT COUNT(*) FROM documents")); }
+    double Stock(const std::string& item) {
+        return std::stod(HostValue("SELECT COALESCE(SUM(Quantity), 0) FROM item_stock WHERE ItemID = '" +
+                                   item + "'"));
+    }
+
+    static std::string Section() { return Title("Transacções", "A importar Transacções"); }
+    static std::string Count(int n) {
+        return Line("Transacções", "Registos importados:" + std::to_string(n));
+    }
+    static std::string Unmapped(const std::string& documentId) {
+        return Line("Transacções", "Não foi possível adicionar a Transacção '" + documentId +
+                                       "' porque não existe o tipo de documento não está mapeado.");
+    }
+
+    std::vector<std::string> DocumentStatuses() const {
+        std::vector<std::string> shown;
+        for (const std::string& s : office.notifier->statuses)
+            if (s.starts_with("Documento: ")) shown.push_back(s.substr(11));
+        return shown;
+    }
+
+    std::unique_ptr<KitraConnectorSetting> settings;
+};
+
+TEST_F(SaleDocumentsImportTest, AnInvoiceArrivesWithItsLinesPaymentsTotalsAndStock) {
+    AddHeader(1, 17, "FT0000123", 1800);
+    AddLine(1, 1, "Cerveja", 2, 150, 300);
+    AddLine(1, 2, "Picanha", 1500, 1000, 1500, 2, "10007");
+    AddTender(1, 1, 300);
+    AddTender(1, 2, 800);
+    AddTender(1, 4, 700);  // MB Way is Multibanco in the host
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(LogText(), Section() + Count(1));
+    EXPECT_EQ(engine.CountOf(Counter::Transactions), 1);
+    EXPECT_EQ(engine.WarningCount(), 0);
+
+    const auto saved = Document("VB", 123);
+    ASSERT_TRUE(saved.has_value());
+    const host::Transaction& t = saved->Document;
+    EXPECT_EQ(t.Kind, host::DocumentKind::Sale);
+    EXPECT_DOUBLE_EQ(t.CustomerID, 31);
+    EXPECT_DOUBLE_EQ(t.SalesmanID, 12);
+    EXPECT_EQ(t.PriceLineID, 1);
+    EXPECT_DOUBLE_EQ(t.ExchangeRate, 1);
+    EXPECT_TRUE(t.PricesIncludeTax);
+    EXPECT_EQ(t.WarehouseID, 1);
+    EXPECT_EQ(t.WorkstationID, 1);
+    EXPECT_EQ(t.DocumentDate, (DateTime{2024, 5, 31, 21, 30, 0}));
+    EXPECT_EQ(t.DueDate, t.DocumentDate);
+    EXPECT_EQ(t.StampDate, kMoment);
+    EXPECT_FALSE(t.CreditSale);
+    EXPECT_EQ(t.StateCode, host::document_state::kNormal);
+
+    ASSERT_EQ(t.Lines.size(), 2u);
+    EXPECT_EQ(t.Lines[0].ItemID, "C100");
+    EXPECT_EQ(t.Lines[0].Description, "Cerveja");
+    EXPECT_DOUBLE_EQ(t.Lines[0].Quantity, 2);
+    EXPECT_DOUBLE_EQ(t.Lines[0].UnitPrice, 1.5);
+    EXPECT_DOUBLE_EQ(t.Lines[0].UnitPriceWithoutTax, 1.22);
+    EXPECT_DOUBLE_EQ(t.Lines[0].TotalWithTax, 3);
+    EXPECT_EQ(t.Lines[0].TaxableGroupID, 1);
+    EXPECT_DOUBLE_EQ(t.Lines[0].SalesmanID, 12);
+    EXPECT_EQ(t.Lines[1].ItemID, "C200");
+    EXPECT_DOUBLE_EQ(t.Lines[1].Quantity, 1.5);  // grams made kilograms
+    EXPECT_DOUBLE_EQ(t.Lines[1].TotalWithTax, 15);
+    EXPECT_EQ(t.Lines[1].TaxableGroupID, 2);
+    EXPECT_DOUBLE_EQ(t.Lines[1].SalesmanID, 7);
+
+    // Cash, and one Multibanco line for the two payment types that map to it; the card detail
+    // carries the amount of the row that made the line.
+    ASSERT_EQ(t.Payments.size(), 2u);
+    EXPECT_EQ(t.Payments[0], (host::TransactionPayment{1, 1, 3, {}}));
+    EXPECT_EQ(t.Payments[1], (host::TransactionPayment{2, 2, 15, host::CardPaymentDetail{8}}));
+
+    EXPECT_DOUBLE_EQ(t.Total, 18);
+    EXPECT_DOUBLE_EQ(t.TotalAdjustment, 0);
+    EXPECT_DOUBLE_EQ(t.PaidAmount, 18);
+    ASSERT_EQ(t.Taxes.size(), 2u);
+    EXPECT_EQ(t.Taxes[0], (host::TaxSummary{1, 23, 2.44, 0.56, 3}));
+    EXPECT_EQ(t.Taxes[1], (host::TaxSummary{2, 13, 13.27, 1.73, 15}));
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2);
+    EXPECT_DOUBLE_EQ(Stock("C200"), -1.5);
+    EXPECT_EQ(HostValue("SELECT COUNT(*) FROM account_entries"), "0");
+    EXPECT_EQ(DocumentStatuses(), std::vector<std::string>{"FT0000123"});
+}
+
+TEST_F(SaleDocumentsImportTest, OnlyTheThreeTypesAreReadInDocumentIdOrder) {
+    AddInvoice(1, "FT0000003");
+    AddHeader(2, 11, "CC0000001", 0);
+    AddHeader(3, 2, "CM0000001", 0);   // a table check
+    AddHeader(4, 16, "OR0000001", 0);  // a quotation
+    AddHeader(5, 13, "GS0000001", 0);
+    AddInvoice(6, "FT0000002");
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(DocumentStatuses(),
+              (std::vector<std::string>{"CC0000001", "FT0000002", "FT0000003", "GS0000001"}));
+    EXPECT_EQ(Documents(), 4);
+    EXPECT_TRUE(Document("FAC", 1));
+    EXPECT_TRUE(Document("GT", 1));
+    EXPECT_TRUE(Document("VB", 2));
+    EXPECT_TRUE(Document("VB", 3));
+}
+
+TEST_F(SaleDocumentsImportTest, AHeaderChangedExactlyAtTheImportDateIsNotImportedAgain) {
+    AddInvoice(1, "FT0000001", "N", "2024-01-01 00:00:00");
+    AddInvoice(2, "FT0000002", "N", "2024-01-01 00:00:01");
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(DocumentStatuses(), std::vector<std::string>{"FT0000002"});
+    EXPECT_FALSE(Document("VB", 1));
+    EXPECT_TRUE(Document("VB", 2));
+}
+
+TEST_F(SaleDocumentsImportTest, DocumentNumbersComeFromTheLastSevenCharacters) {
+    EXPECT_EQ(KitraExecutioner::DocumentNumberFromID("FT0000123"), 123);
+    EXPECT_EQ(KitraExecutioner::DocumentNumberFromID("1234567"), 0);
+    EXPECT_EQ(KitraExecutioner::DocumentNumberFromID("FT"), 0);
+    EXPECT_EQ(KitraExecutioner::DocumentNumberFromID("12345678"), 2345678);
+    EXPECT_EQ(KitraExecutioner::DocumentNumberFromID("FTA00012x"), 0);  // no leading number
+}
+
+TEST_F(SaleDocumentsImportTest, SeveralDocumentsWhoseNumberIsZeroAreAllKept) {
+    AddInvoice(1, "FT0000005");
+    AddInvoice(2, "1234567");
+    AddInvoice(3, "A1");
+    AddInvoice(4, "");
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(engine.CountOf(Counter::Transactions), 4);
+    EXPECT_EQ(Documents(), 4);
+    // In DocumentID order: "", "1234567", "A1" take the series' next free numbers after the
+    // highest one there; FT0000005 keeps its own.
+    EXPECT_EQ(HostValue("SELECT group_concat(DocumentNumber || ':' || NumberAssigned, ' ') FROM "
+                        "(SELECT * FROM documents ORDER BY DocumentKey)"),
+              "1:1 2:1 3:1 5:0");
+    EXPECT_DOUBLE_EQ(Stock("C100"), -8);
+}
+
+TEST_F(SaleDocumentsImportTest, SalesmanCodesAboveTenThousandLoseTheirUidBase) {
+    EXPECT_EQ(engine.MapSalesmanCode("10012"), 12);
+    EXPECT_EQ(engine.MapSalesmanCode("12345"), 345);
+    EXPECT_EQ(engine.MapSalesmanCode("10000"), 10000);
+    EXPECT_EQ(engine.MapSalesmanCode("7"), 7);
+    EXPECT_EQ(engine.MapSalesmanCode("10007,6"), 8);  // rounded half to even, then modulo
+
+    AddHeader(1, 17, "FT0000001", 600);
+    AddLine(1, 1, "Cerveja", 2, 150, 300, 1, "10012");
+    AddLine(1, 1, "Cerveja", 2, 150, 300, 1, "10000");
+    AddTender(1, 1, 600);
+    AddHeader(2, 17, "FT0000002", 0, "10055");  // a salesman the host lacks
+    AddHeader(3, 17, "FT0000003", 0, "NULL");   // a salesman the restaurant lacks
+    ASSERT_TRUE(Import());
+    const auto first = Document("VB", 1);
+    ASSERT_TRUE(first);
+    EXPECT_DOUBLE_EQ(first->Document.Lines[0].SalesmanID, 12);
+    EXPECT_DOUBLE_EQ(first->Document.Lines[1].SalesmanID, 10000);
+    EXPECT_DOUBLE_EQ(Document("VB", 2)->Document.SalesmanID, 0);
+    EXPECT_DOUBLE_EQ(Document("VB", 3)->Document.SalesmanID, 0);
+}
+
+TEST_F(SaleDocumentsImportTest, UnknownCustomersBecomeCustomerZero) {
+    AddHeader(1, 17, "FT0000001", 0, "10012", "2");     // 99: the host lacks it
+    AddHeader(2, 17, "FT0000002", 0, "10012", "NULL");  // no customer at all
+    AddHeader(3, 17, "FT0000003", 0, "10012", "55");    // a uid the restaurant lacks
+    ASSERT_TRUE(Import());
+    for (int number : {1, 2, 3}) {
+        const auto saved = Document("VB", number);
+        ASSERT_TRUE(saved) << number;
+        EXPECT_DOUBLE_EQ(saved->Document.CustomerID, 0) << number;
+    }
+}
+
+TEST_F(SaleDocumentsImportTest, AnEmptyCreditSettingSkipsEveryCreditHeaderWithOneLine) {
+    settings->CreditTransDocument.clear();
+    Use(*settings);
+    AddHeader(1, 11, "CC0000001", 300, "10055", "2");  // unknown salesman and customer too
+    AddHeader(2, 11, "CC0000002", 300);
+    AddInvoice(3, "FT0000001");
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(LogText(), Section() + Unmapped("CC0000001") + Unmapped("CC0000002") + Count(1));
+    EXPECT_EQ(engine.WarningCount(), 2);
+    EXPECT_EQ(Documents(), 1);
+}
+
+TEST_F(SaleDocumentsImportTest, AnyStatusButNIsARefund) {
+    AddInvoice(1, "FT0000001", "N");
+    AddInvoice(2, "FT0000002", "");
+    AddInvoice(3, "FT0000003", "A");
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(engine.CountOf(Counter::Transactions), 3);
+    EXPECT_EQ(Document("VB", 1)->Document.StateCode, host::document_state::kNormal);
+    EXPECT_EQ(Document("VB", 2)->Document.StateCode, host::document_state::kVoid);
+    EXPECT_EQ(Document("VB", 3)->Document.StateCode, host::document_state::kVoid);
+    // The refunds' stock came back: only the normal sale's two units are out.
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2);
+    EXPECT_EQ(HostValue("SELECT COUNT(*) FROM document_history WHERE Event = 'voided'"), "2");
+}
+
+TEST_F(SaleDocumentsImportTest, TheItemPrefixGoesBeforeTheItemCode) {
+    AddInvoice(1, "FT0000001");
+    restaurant.ItemIDPrefix = "R1";
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(Document("VB", 1)->Document.Lines[0].ItemID, "R1100");
+    restaurant.ItemIDPrefix.clear();
+    Database().Execute("UPDATE transactionsheaders SET ModifyDate = '2024-06-02 00:00:00'");
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(Document("VB", 1)->Document.Lines[0].ItemID, "100");
+}
+
+TEST_F(SaleDocumentsImportTest, OnlyItemsSoldByWeightHaveTheirQuantityDividedByAThousand) {
+    AddHeader(1, 17, "FT0000001", 0);
+    AddLine(1, 2, "Picanha", 1500, 1000, 1500);  // C200, weighed
+    AddLine(1, 1, "Cerveja", 1500, 150, 300);    // C100, not weighed
+    AddLine(1, 3, "Novo", 1500, 100, 150);       // C300, unknown to the host
+    ASSERT_TRUE(Import());
+    const auto saved = Document("VB", 1);
+    ASSERT_TRUE(saved);
+    ASSERT_EQ(saved->Document.Lines.size(), 3u);
+    EXPECT_DOUBLE_EQ(saved->Document.Lines[0].Quantity, 1.5);
+    EXPECT_DOUBLE_EQ(saved->Document.Lines[1].Quantity, 1500);
+    EXPECT_DOUBLE_EQ(saved->Document.Lines[2].Quantity, 1500);
+    // The unknown item's line is kept as given and moves no stock.
+    EXPECT_EQ(saved->Document.Lines[2].ItemID, "C300");
+    EXPECT_EQ(saved->Document.Lines[2].Description, "Novo");
+    EXPECT_DOUBLE_EQ(Stock("C300"), 0);
+}
+
+TEST_F(SaleDocumentsImportTest, LinesComeInTheOrderTheDatabaseReturnsThem) {
+    AddHeader(1, 17, "FT0000001", 0);
+    Database().Execute(
+        "INSERT INTO transactionsdetails (UID, TransactionUID, PluUid, PluName, Quantity,"
+        " PluUnitPrice, SaleValue, SaleTaxUID, SalesmanUID) VALUES"
+        " (30, 1, 1, 'Terceira', 1, 100, 100, 1, 10012), (10, 1, 1, 'Primeira', 1, 100, 100, 1, 10012),"
+        " (20, 1, 1, 'Segunda', 1, 100, 100, 1, 10012)");
+    ASSERT_TRUE(Import());
+    std::vector<std::string> expected;
+    for (const auto& row : Database().Query(
+             "SELECT td.PluName FROM transactionsdetails td INNER JOIN taxes tx on tx.uid ="
+             " td.SaleTaxUID INNER JOIN plus pl on td.PluUid = pl.UID Where TransactionUID = 1"))
+        expected.push_back(row[0]);
+    const auto saved = Document("VB", 1);
+    ASSERT_TRUE(saved);
+    std::vector<std::string> got;
+    for (const auto& line : saved->Document.Lines) got.push_back(line.Description);
+    EXPECT_EQ(got, expected);
+    EXPECT_EQ(saved->Document.Lines[2].LineNumber, 3);
+}
+
+TEST_F(SaleDocumentsImportTest, PaymentsOnAccountAndOffersAreNeverPayments) {
+    AddHeader(1, 11, "CC0000001", 300);
+    AddLine(1, 1, "Cerveja", 2, 150, 300);
+    AddTender(1, 6, 300);  // 9999: on the customer's account
+    AddHeader(2, 17, "FT0000002", 300);
+    AddLine(2, 1, "Cerveja", 2, 150, 300);
+    AddTender(2, 7, 100);  // 9998: offered
+    AddTender(2, 1, 200);
+    ASSERT_TRUE(Import());
+    const auto credit = Document("FAC", 1);
+    ASSERT_TRUE(credit);
+    EXPECT_TRUE(credit->Document.Payments.empty());
+    // Nothing paid: a credit sale, open on the customer's account for the whole total.
+    EXPECT_TRUE(credit->Document.CreditSale);
+    EXPECT_DOUBLE_EQ(credit->OpenAmount, 3);
+    EXPECT_EQ(HostValue("SELECT CustomerID || ' ' || DocumentTypeID || ' ' || DocumentNumber || "
+                        "' ' || OpenAmount FROM account_entries"),
+              "31 FAC 1 3.0");
+    const auto sale = Document("VB", 2);
+    ASSERT_TRUE(sale);
+    ASSERT_EQ(sale->Document.Payments.size(), 1u);
+    EXPECT_DOUBLE_EQ(sale->Document.Payments[0].Amount, 2);
+    EXPECT_TRUE(sale->Document.CreditSale);  // what the offer left unpaid
+    EXPECT_DOUBLE_EQ(sale->OpenAmount, 1);
+}
+
+TEST_F(SaleDocumentsImportTest, ATenderWithoutEquivalenceFallsBackToTheDefaultThenToCash) {
+    AddHeader(1, 17, "FT0000001", 300);
+    AddLine(1, 1, "Cerveja", 2, 150, 300);
+    AddTender(1, 8, 300);  // no equivalence
+    settings->DefaultTenderPayment = 4;
+    Use(*settings);
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(Document("VB", 1)->Document.Payments[0].TenderID, 4);
+
+    settings->DefaultTenderPayment = 0;
+    Use(*settings);
+    Database().Execute("UPDATE transactionsheaders SET ModifyDate = '2024-06-02 00:00:00'");
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(Document("VB", 1)->Document.Payments[0].TenderID, 1);
+}
+
+TEST_F(SaleDocumentsImportTest, OnlyTheRestaurantValueIsUpperCasedWhenTendersAreMatched) {
+    settings->TenderEquivalence = {{3, "abc"}, {2, "ABC"}};
+    Use(*settings);
+    EXPECT_EQ(engine.FindTenderEquivalence("abc"), 2);
+    settings->TenderEquivalence = {{3, "abc"}};
+    Use(*settings);
+    EXPECT_EQ(engine.FindTenderEquivalence("abc"), 0);
+    EXPECT_EQ(engine.FindTenderEquivalence("ABC"), 0);
+}
+
+TEST_F(SaleDocumentsImportTest, TendersOfTheOnAccountTypeAreSkipped) {
+    AddHeader(1, 17, "FT0000001", 300);
+    AddLine(1, 1, "Cerveja", 2, 150, 300);
+    AddTender(1, 5, 300);  // cheque, mapped here to the host's on-account tender 6
+    ASSERT_TRUE(Import());
+    EXPECT_TRUE(Document("VB", 1)->Document.Payments.empty());
+}
+
+TEST_F(SaleDocumentsImportTest, TheTotalAdjustmentMakesTheDocumentShowTheTableTotal) {
+    AddHeader(1, 17, "FT0000001", 295);  // the restaurant rounded 3,00 down to 2,95
+    AddLine(1, 1, "Cerveja", 2, 150, 300);
+    AddTender(1, 1, 295);
+    ASSERT_TRUE(Import());
+    const auto saved = Document("VB", 1);
+    ASSERT_TRUE(saved);
+    EXPECT_DOUBLE_EQ(saved->Document.LinesTotal, 3);
+    EXPECT_DOUBLE_EQ(saved->Document.TotalAdjustment, -0.05);
+    EXPECT_DOUBLE_EQ(saved->Document.Total, 2.95);
+    // Checked before the adjustment: 2,95 paid of 3,00.
+    EXPECT_TRUE(saved->Document.CreditSale);
+    EXPECT_DOUBLE_EQ(saved->OpenAmount, 0);  // after the adjustment nothing is left unpaid
+}
+
+TEST_F(SaleDocumentsImportTest, AnErrorInADocumentsLinesLeavesNoHalfDocumentAndEndsTheStep) {
+    AddInvoice(1, "FT0000001");
+    AddHeader(2, 17, "FT0000002", 600);
+    AddLine(2, 1, "Cerveja", 2, 150, 300);
+    AddLine(2, 1, "Cerveja", 2, 150, 300, 4);  // 99 %: no equivalence, no host group
+    AddTender(2, 1, 600);
+    AddInvoice(3, "FT0000003");
+    EXPECT_FALSE(Import());
+    EXPECT_EQ(LogText(),
+              Section() + Line("Transacções",
+                               "## Erro ## ao importar a tabela de Transacções. Transacção: "
+                               "FT0000002 : SetTransactionDefaults - Não existe nenhuma taxa de "
+                               "IVA de 99% na região fiscal PT/1."));
+    EXPECT_EQ(engine.ErrorCount(), 1);
+    EXPECT_EQ(Documents(), 1);  // the first stays; nothing of the second; the third never came
+    EXPECT_TRUE(Document("VB", 1));
+    EXPECT_EQ(HostValue("SELECT COUNT(*) FROM document_lines"), "1");
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2);
+    EXPECT_EQ(engine.CountOf(Counter::Transactions), 1);
+}
+
+TEST_F(SaleDocumentsImportTest, AHeaderChangedAfterItsImportIsReplacedByItsNewVersion) {
+    AddInvoice(1, "FT0000007");
+    ASSERT_TRUE(Import());
+    ASSERT_TRUE(Document("VB", 7));
+    // The restaurant adds a line and changes the header; the next import selects it again.
+    AddLine(1, 2, "Picanha", 500, 1000, 500, 2);
+    Database().Execute(
+        "UPDATE transactionsheaders SET TableTotal = 800, ModifyDate = '2024-07-02 10:00:00';"
+        "UPDATE transactionstenders SET value = 800");
+    restaurant.ImportDateTransactions = "2024-07-01 12:00:00";
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(Documents(), 1);
+    const auto saved = Document("VB", 7);
+    ASSERT_TRUE(saved);
+    EXPECT_EQ(saved->Document.Lines.size(), 2u);
+    EXPECT_DOUBLE_EQ(saved->Document.Total, 8);
+    EXPECT_DOUBLE_EQ(saved->Document.Payments[0].Amount, 8);
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2);  // once, not twice
+    EXPECT_DOUBLE_EQ(Stock("C200"), -0.5);
+    EXPECT_EQ(HostValue("SELECT Event FROM document_history"), "replaced");
+}
+
+TEST_F(SaleDocumentsImportTest, AHostRefusalIsReportedWithItsStepLabel) {
+    restaurant.TransSerial = "NOPE";
+    AddInvoice(1, "FT0000001");
+    EXPECT_FALSE(Import());
+    EXPECT_EQ(LogText(), Section() + Line("Transacções",
+                                          "## Erro ## ao importar a tabela de Transacções. "
+                                          "Transacção: FT0000001 : InitNewTransaction - Não "
+                                          "existe a série 'NOPE'."));
+    EXPECT_EQ(Documents(), 0);
+}
+
+TEST_F(SaleDocumentsImportTest, AHeaderUidThatIsNotAWholeNumberNeverReachesAStatement) {
+    EXPECT_EQ(CheckedHeaderUid("42"), "42");
+    for (const std::string bad : {"", "1 OR 1=1", "-1", "4.5", "12345678901"}) {
+        EXPECT_THROW(CheckedHeaderUid(bad), Error) << bad;
+    }
+}
+
+TEST_F(SaleDocumentsImportTest, AnUnreachableServerIsLoggedAndTheStepEnds) {
+    connection.SetConnectionString(
+        "Driver={MySQL ODBC 5.1 Driver};Server=127.0.0.1;Database=x; User=x;Password=x;Option=3;"
+        "Port=1");
+    EXPECT_TRUE(Import());
+    EXPECT_EQ(LogText(), Section() +
+                             Line("Transacções",
+                                  "## Erro ## Não foi possível estabelecer comunicação com o "
+                                  "Servidor. Verifique as suas credenciais de acesso ou se o "
+                                  "servidor está acessivel.") +
+                             Count(0));
+    EXPECT_TRUE(BoxShown(
+        "## Erro ## Não foi possível estabelecer comunicação com o Servidor. Verifique as suas "
+        "credenciais de acesso ou se o servidor está acessivel.",
+        host::MessageStyle::Critical, "Erro Acesso Servidor."));
+}
+
+}  // namespace
+}  // namespace kitra
