@@ -33,6 +33,9 @@ struct Command {
     std::string arguments;  // as shown in the help, e.g. "" or "NOME"
     std::string summary;    // one line, shown in the help
     int (*run)(CommandContext& context);
+    // The command's own options, each followed by a value ("--from DATE" or "--from=DATE");
+    // they reach the command among its arguments, as "--from" and the value.
+    std::vector<std::string> valueOptions = {};
 };
 
 // Every command, in the order the help lists them.
@@ -47,5 +50,6 @@ int RunLog(CommandContext& context);
 int RunResetData(CommandContext& context);
 int RunRegister(CommandContext& context);
 int RunUnregister(CommandContext& context);
+int RunReport(CommandContext& context);
 
 }  // namespace kitra::backoffice::cli

@@ -17,6 +17,9 @@ const std::vector<Command>& AllCommands() {
         {"reset-data", "", "Esvazia o log de importações (as datas ficam).", &RunResetData},
         {"register", "[MÓDULO]", "Regista o componente POSConnectorKitra.", &RunRegister},
         {"unregister", "", "Anula o registo do componente.", &RunUnregister},
+        {"report", "sales [--from DATA] [--to DATA]",
+         "Vendas por dia, por tipo de documento e por modalidade; stock dos mais vendidos.",
+         &RunReport, {"--from", "--to"}},
     };
     return commands;
 }

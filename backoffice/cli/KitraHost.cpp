@@ -42,6 +42,28 @@ const Command* FindCommand(const std::string& name) {
     return nullptr;
 }
 
+// When arguments[i] is one of the command's own options, moves it and its value to `taken`
+// (advancing i past the value) and answers true.
+bool TakeCommandOption(const Command& command, const std::vector<std::string>& arguments,
+                       std::size_t& i, std::vector<std::string>& taken) {
+    const std::string& argument = arguments[i];
+    for (const std::string& option : command.valueOptions) {
+        if (argument == option) {
+            if (i + 1 >= arguments.size() || arguments[i + 1].empty())
+                throw UsageError("Falta o valor depois de '" + option + "'.");
+            taken.push_back(option);
+            taken.push_back(arguments[++i]);
+            return true;
+        }
+        if (argument.rfind(option + "=", 0) == 0) {
+            taken.push_back(option);
+            taken.push_back(argument.substr(option.size() + 1));
+            return true;
+        }
+    }
+    return false;
+}
+
 struct CommandLine {
     bool help = false;
     std::optional<std::string> dataFolder;
@@ -66,6 +88,10 @@ CommandLine Parse(const std::vector<std::string>& arguments) {
         } else if (!optionsEnded && argument.rfind("--data=", 0) == 0) {
             line.dataFolder = argument.substr(7);
             if (line.dataFolder->empty()) throw UsageError("Falta a pasta depois de '--data='.");
+        } else if (const Command* command = line.command ? FindCommand(*line.command) : nullptr;
+                   !optionsEnded && command != nullptr && TakeCommandOption(*command, arguments, i,
+                                                                            line.arguments)) {
+            // The command's own option and its value, passed on.
         } else if (!optionsEnded && argument.size() > 1 && argument[0] == '-') {
             throw UsageError("Opção desconhecida: '" + argument + "'.");
         } else if (!line.command) {

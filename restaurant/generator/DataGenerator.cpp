@@ -278,6 +278,9 @@ constexpr int kCash = 1, kDebitCard = 2, kVisa = 3, kMbWay = 4, kOnAccount = 6, 
 // Documents the connector imports, and two it must leave alone.
 constexpr int kInvoice = 17, kCreditSale = 11, kStockDocument = 13;
 constexpr int kTableCheck = 2, kQuotation = 16;
+// Every so many lines, one refers to an item that is no longer in the restaurant's table.
+constexpr int kOrphanLineEvery = 97;
+constexpr int kRemovedItemUid = 999999;
 
 std::string_view DocumentPrefix(int type) {
     switch (type) {
@@ -705,7 +708,11 @@ private:
                 const long value = gross - discount;
                 total += value;
                 const int lineSalesman = random_.Chance(0.9) ? salesman.uid : random_.Pick(knownSalesmen_).uid;
-                details_.Add(Row().Int(++detailUid_).Int(uid).Int(item.uid).Text(item.name)
+                // Now and then a line whose item the restaurant has since removed from its
+                // table, as a real restaurant's history has; the importer's join drops it.
+                ++detailUid_;
+                const int pluUid = detailUid_ % kOrphanLineEvery == 0 ? kRemovedItemUid : item.uid;
+                details_.Add(Row().Int(detailUid_).Int(uid).Int(pluUid).Text(item.name)
                                  .Int(quantity).Int(item.price).Raw(std::to_string(percent) + ".00")
                                  .Int(discount).Int(value).Int(item.tax).Int(lineSalesman).Int(0)
                                  .Moment(created + l * 30));

@@ -2,8 +2,10 @@
 // Realistic data for a Portuguese restaurant's database, for tests (tiny), demonstrations (demo)
 // and load measurements (bench, scaled by a factor): salesmen, customers with valid NIFs, item
 // families and subfamilies, items with prices and taxes (23, 13, 6 %), closed transactions of
-// the imported types (17 invoices, 11 credit sales, 13 stock documents) and of others that the
-// connector ignores, with their lines and tenders (payment codes "9999" on account and "9998"
+// the imported types (17 invoices, 11 credit sales, 13 stock documents, some of them refunded)
+// and of others that the connector ignores, by salesmen and for customers that are sometimes
+// deleted, with their lines (items sold by weight, discounts, now and then an item the
+// restaurant has since removed) and tenders (payment codes "9999" on account and "9998"
 // offered among them), cash drawer movements of types 1 to 8 with flows 0, 1 and 2, the cash of
 // some sales, and receipts (movements of type 8 or 9 with a DocumentID) that settle credit
 // sales through transactionstenders.ReceiptMovementuid.

@@ -1,0 +1,140 @@
+// kitra-host report sales over a back office with documents saved through its services.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "backoffice/BackOffice.h"
+#include "backoffice/cli/KitraHost.h"
+#include "tests/hostsupport/TempFolder.h"
+
+namespace kitra {
+namespace {
+
+using backoffice::BackOffice;
+
+class ReportCommandTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        BackOffice::Create(Data());
+        BackOffice office(Data());
+        host::Item fish;
+        fish.Description = "Robalo";
+        fish.TaxableGroupID = 1;
+        fish.StockManagement = true;
+        office.items.Save(fish, "C1", true);
+        host::Item bread = fish;
+        bread.Description = "Pão";
+        office.items.Save(bread, "C2", true);
+        // 10 January: a sale of 2 fish (paid in cash) and a credit sale of one bread; 11 January:
+        // a sale of 5 bread paid by card and a voided sale.
+        Save(office, "VB", 1, {2025, 1, 10, 12, 0, 0}, {{"C1", 2, 10}}, 1);
+        Save(office, "FAC", 1, {2025, 1, 10, 13, 0, 0}, {{"C2", 1, 1.5}}, 0);
+        Save(office, "VB", 2, {2025, 1, 11, 20, 0, 0}, {{"C2", 5, 1}}, 2);
+        auto voided = Save(office, "VB", 3, {2025, 1, 11, 21, 0, 0}, {{"C1", 1, 10}}, 1);
+        office.transactions.Refund(voided);
+    }
+
+    struct Sold {
+        std::string item;
+        double quantity;
+        double price;
+    };
+
+    static host::Transaction Save(BackOffice& office, const std::string& type, std::int32_t number,
+                                  const DateTime& date, const std::vector<Sold>& lines,
+                                  std::int16_t tender) {
+        auto business = office.transactions.NewTransactionBusiness();
+        business->InitNewTransaction(type, "EXT");
+        business->SetTransactionDefaults(*office.documentTypes.Get(type), 1);
+        host::Transaction& t = business->Current();
+        t.DocumentNumber = number;
+        t.DocumentDate = t.DueDate = date;
+        for (const Sold& sold : lines) {
+            host::TransactionLine line = business->NewLine();
+            line.ItemID = sold.item;
+            line.Description = office.items.Get(sold.item)->Description;
+            line.TaxableGroupID = 1;
+            line.Quantity = sold.quantity;
+            line.UnitPrice = sold.price;
+            business->CalculateLine(line);
+            business->AppendLine(line);
+        }
+        if (tender != 0) {
+            host::TransactionPayment payment = business->NewPayment(tender);
+            payment.Amount = business->CalculatedTotal();
+            business->AppendPayment(payment);
+        } else {
+            t.CreditSale = true;
+        }
+        office.transactions.Save(t);
+        return t;
+    }
+
+    std::filesystem::path Data() const { return folder.Path() / "data"; }
+
+    int Run(std::vector<std::string> arguments, std::string& out) {
+        arguments.insert(arguments.begin(), {"--data", Data().string()});
+        std::ostringstream output, errors;
+        const int code = backoffice::cli::RunKitraHost(arguments, nullptr, output, errors);
+        out = output.str() + errors.str();
+        return code;
+    }
+
+    static bool Has(const std::string& text, const std::string& part) {
+        return text.find(part) != std::string::npos;
+    }
+
+    testing::TempFolder folder;
+};
+
+TEST_F(ReportCommandTest, ShowsDaysTypesTendersAndTheBestSellersStock) {
+    std::string out;
+    ASSERT_EQ(Run({"report", "sales"}, out), 0) << out;
+    // Days: the voided sale does not count.
+    EXPECT_TRUE(Has(out, "2025-01-10           2          17,48          4,02       0,00          21,50"))
+        << out;
+    EXPECT_TRUE(Has(out, "2025-01-11           1           4,07          0,93       0,00           5,00"))
+        << out;
+    EXPECT_TRUE(Has(out, "Total                3          21,55          4,95       0,00          26,50"))
+        << out;
+    // Types, with the voided document apart.
+    EXPECT_TRUE(Has(out, "VB      VENDA A BALCÃO                       2          25,00         1          10,00"))
+        << out;
+    EXPECT_TRUE(Has(out, "FAC     FACTURA                              1           1,50         0           0,00"))
+        << out;
+    // Tenders and what went on account.
+    EXPECT_TRUE(Has(out, "         1  Dinheiro                             1          20,00")) << out;
+    EXPECT_TRUE(Has(out, "         2  Multibanco                           1           5,00")) << out;
+    EXPECT_TRUE(Has(out, "A crédito (conta corrente)           1           1,50   (em aberto: 1,50)"))
+        << out;
+    // Best sellers by value, with the stock left: the voided fish came back.
+    EXPECT_TRUE(Has(out, "C1            Robalo                                   2          20,00          -2"))
+        << out;
+    EXPECT_TRUE(Has(out, "C2            Pão                                      6           6,50          -6"))
+        << out;
+    EXPECT_LT(out.find("C1  "), out.find("C2  "));
+}
+
+TEST_F(ReportCommandTest, APeriodLimitsEveryTable) {
+    std::string out;
+    ASSERT_EQ(Run({"report", "sales", "--from", "2025-01-11", "--to=2025-01-11"}, out), 0) << out;
+    EXPECT_TRUE(Has(out, "Período: 2025-01-11 00:00:00 a 2025-01-11 23:59:59")) << out;
+    EXPECT_FALSE(Has(out, "2025-01-10")) << out;
+    EXPECT_TRUE(Has(out, "Total                1           4,07          0,93       0,00           5,00"))
+        << out;
+    EXPECT_FALSE(Has(out, "Robalo  ")) << out;
+}
+
+TEST_F(ReportCommandTest, RefusesWhatItDoesNotUnderstand) {
+    std::string out;
+    EXPECT_EQ(Run({"report"}, out), 2);
+    EXPECT_TRUE(Has(out, "report sales [--from DATA] [--to DATA]")) << out;
+    EXPECT_EQ(Run({"report", "sales", "--from", "ontem"}, out), 2);
+    EXPECT_TRUE(Has(out, "aaaa-mm-dd")) << out;
+    EXPECT_EQ(Run({"report", "sales", "--from"}, out), 2);
+    EXPECT_EQ(Run({"report", "sales", "--from", "2025-02-01", "--to", "2025-01-01"}, out), 2);
+    EXPECT_EQ(Run({"report", "sales", "extra"}, out), 2);
+}
+
+}  // namespace
+}  // namespace kitra
