@@ -73,7 +73,8 @@ BackOffice::BackOffice(const std::filesystem::path& dataFolder, const std::files
       customerTypes(database_),
       salesZones(database_),
       paymentTerms(database_),
-      transactions(database_) {
+      transactions(database_),
+      accountTransactions(database_) {
     UpgradeSchema(database_);
 }
 
@@ -143,6 +144,7 @@ host::HostServices BackOffice::Services(host::IEventNotifier* notifier,
     services.salesZones = &salesZones;
     services.paymentTerms = &paymentTerms;
     services.transactions = &transactions;
+    services.accountTransactions = &accountTransactions;
     return services;
 }
 

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "backoffice/AccountTransactionService.h"
 #include "backoffice/Application.h"
 #include "backoffice/CompanyContext.h"
 #include "backoffice/ConnectorSettingsStore.h"
@@ -81,6 +82,7 @@ public:
     SalesZoneService salesZones;
     PaymentTermService paymentTerms;
     TransactionService transactions;
+    AccountTransactionService accountTransactions;
 
 private:
     BackOffice(const std::filesystem::path& dataFolder, const std::filesystem::path& file,

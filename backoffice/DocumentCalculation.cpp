@@ -6,6 +6,12 @@
 
 namespace kitra::backoffice {
 
+bool IsCashDocument(host::DocumentKind kind) {
+    return kind == host::DocumentKind::CashEntrance || kind == host::DocumentKind::CashWithdrawal ||
+           kind == host::DocumentKind::CustomerPayment ||
+           kind == host::DocumentKind::CustomerPaymentOnAccount;
+}
+
 void CalculateLine(host::TransactionLine& line, bool pricesIncludeTax, double rate) {
     line.TaxRate = rate;
     line.GrossValue = RoundMoney(line.Quantity * line.UnitPrice);
@@ -54,10 +60,13 @@ void CalculateDocument(host::Transaction& transaction, const RateOfGroup& rateOf
     transaction.TotalNet = RoundMoney(transaction.TotalNet);
     transaction.TotalTax = RoundMoney(transaction.TotalTax);
     transaction.LinesTotal = RoundMoney(transaction.TotalNet + transaction.TotalTax);
-    transaction.Total = RoundMoney(transaction.LinesTotal + transaction.TotalAdjustment);
     double paid = 0;
     for (const host::TransactionPayment& payment : transaction.Payments) paid += payment.Amount;
     transaction.PaidAmount = RoundMoney(paid);
+    // A cash document has no lines: it is worth the money it moves.
+    transaction.Total = IsCashDocument(transaction.Kind)
+                            ? transaction.PaidAmount
+                            : RoundMoney(transaction.LinesTotal + transaction.TotalAdjustment);
 }
 
 }  // namespace kitra::backoffice

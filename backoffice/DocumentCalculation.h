@@ -9,7 +9,8 @@
 // include VAT the value is with VAT and the VAT is taken out of it; otherwise it is added to it.
 // The document: VAT is calculated once per taxable group on the sum of its lines, so that the
 // rounding of many small lines does not add up; the total adjustment is an amount of its own,
-// outside the VAT summary, and Total = lines' total + adjustment.
+// outside the VAT summary, and Total = lines' total + adjustment. A cash document is worth the
+// sum of its payments.
 #include <functional>
 
 #include "host/ITransactionService.h"
@@ -18,6 +19,10 @@ namespace kitra::backoffice {
 
 // The rate (percent) of a taxable group in the document's tax context; fails when it has none.
 using RateOfGroup = std::function<double(std::int16_t taxableGroupID)>;
+
+// Cash entrances and withdrawals, receipts and payments on account: documents that move money,
+// not goods, and are worth the sum of their payments.
+bool IsCashDocument(host::DocumentKind kind);
 
 void CalculateLine(host::TransactionLine& line, bool pricesIncludeTax, double rate);
 

@@ -340,6 +340,7 @@ CREATE VIEW item_stock AS
 CREATE TABLE account_entries (
     EntryID INTEGER PRIMARY KEY,
     DocumentKey INTEGER NOT NULL UNIQUE REFERENCES documents (DocumentKey) ON DELETE CASCADE,
+    EntryType TEXT NOT NULL DEFAULT 'D' CHECK (EntryType IN ('D', 'C')),
     CustomerID INTEGER NOT NULL,
     DocumentTypeID TEXT NOT NULL COLLATE NOCASE,
     SeriesID TEXT NOT NULL COLLATE NOCASE,
@@ -353,6 +354,26 @@ CREATE TABLE account_entries (
 CREATE INDEX account_entries_by_customer ON account_entries (CustomerID, DocumentDate);
 CREATE INDEX account_entries_by_document
     ON account_entries (DocumentTypeID, SeriesID, DocumentNumber);
+
+CREATE TABLE account_settlements (
+    SettlementID INTEGER PRIMARY KEY,
+    ReceiptKey INTEGER NOT NULL REFERENCES documents (DocumentKey) ON DELETE CASCADE,
+    EntryID INTEGER NOT NULL REFERENCES account_entries (EntryID),
+    Amount REAL NOT NULL CHECK (Amount > 0),
+    InvoiceValue REAL NOT NULL DEFAULT 0,
+    UNIQUE (ReceiptKey, EntryID)
+);
+CREATE INDEX account_settlements_by_entry ON account_settlements (EntryID);
+
+CREATE TABLE cash_movements (
+    MovementID INTEGER PRIMARY KEY,
+    DocumentKey INTEGER NOT NULL REFERENCES documents (DocumentKey) ON DELETE CASCADE,
+    WorkstationID INTEGER NOT NULL,
+    TenderID INTEGER NOT NULL,
+    Amount REAL NOT NULL,
+    MovementDate DATETIME NOT NULL
+);
+CREATE INDEX cash_movements_by_date ON cash_movements (MovementDate);
 
 CREATE TABLE document_history (
     HistoryID INTEGER PRIMARY KEY,
@@ -395,7 +416,7 @@ void UpgradeSchema(Database& database) {
 
 std::vector<std::string> SchemaTables() {
     std::vector<std::string> tables = {
-        "account_entries", "card_payments", "document_history", "document_lines",
+        "account_entries", "account_settlements", "card_payments", "cash_movements", "document_history", "document_lines",
         "document_payments", "document_taxes", "documents", "item_stock", "stock_movements",
         "company",        "connector_settings", "customer_types", "customers",
         "document_series", "document_types",    "families",       "item_prices",

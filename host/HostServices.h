@@ -8,6 +8,7 @@
 // host program exports its symbols to the modules it loads (on Linux: link it with
 // -rdynamic / ENABLE_EXPORTS).
 #include "core/Error.h"
+#include "host/IAccountTransactionService.h"
 #include "host/IApplication.h"
 #include "host/ICompanyContext.h"
 #include "host/IConnectorSettingsStore.h"
@@ -75,6 +76,7 @@ struct HostServices {
     IPaymentTermService* paymentTerms = nullptr;
     // Documents.
     ITransactionService* transactions = nullptr;
+    IAccountTransactionService* accountTransactions = nullptr;
 };
 
 namespace detail {

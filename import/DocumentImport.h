@@ -30,6 +30,12 @@ private:
 // sales, 13 stock documents; empty for any other type.
 std::string DocumentTypeKeyFor(const KitraConnectorSetting& settings, std::int32_t documentTypeUid);
 
+// The settings' host document type for a restaurant cash movement: payments on account (type 8)
+// with a customer under CustomerPaymentAccountDocument, and none without one; any other type
+// under CashWithdrawalTransDocument when money went out (flow 0), else CashEntranceTransDocument.
+std::string CashDocumentTypeKeyFor(const KitraConnectorSetting& settings, std::int32_t movementType,
+                                   std::int32_t movementFlow, std::int32_t customer);
+
 // A header's UID goes into the lines' and tenders' statements unquoted, so only a whole number
 // may go there; anything else fails with an Error before any SQL is issued.
 const std::string& CheckedHeaderUid(const std::string& headerUid);

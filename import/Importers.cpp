@@ -10,6 +10,8 @@ const std::vector<ImporterStep>& ImporterOrder() {
         {"ImportSubfamilies", ImportSubfamilies, true},
         {"ImportItems", ImportItems, true},
         {"ImportSaleDocuments", ImportSaleDocuments, false},
+        {"ImportCashMovements", ImportCashMovements, false},
+        {"ImportReceipts", ImportReceipts, false},
     };
     return order;
 }

@@ -36,6 +36,11 @@ bool ImportItems(KitraExecutioner& engine, ado::Connection& connection, Restaura
 // Documents: sales, credit sales and stock documents with their lines and payments.
 bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
                          Restaurant& restaurant);
+// Cash drawer movements of their own: cash entrances, withdrawals and payments on account.
+bool ImportCashMovements(KitraExecutioner& engine, ado::Connection& connection,
+                         Restaurant& restaurant);
+// Customer receipts that settle credit sales in the customer's current account.
+bool ImportReceipts(KitraExecutioner& engine, ado::Connection& connection, Restaurant& restaurant);
 
 // A restaurant subfamily's key in the host's family table is its code plus this, which keeps
 // subfamilies apart from families there: subfamily 7 is host family 10007.

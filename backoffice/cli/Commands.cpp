@@ -17,8 +17,9 @@ const std::vector<Command>& AllCommands() {
         {"reset-data", "", "Esvazia o log de importações (as datas ficam).", &RunResetData},
         {"register", "[MÓDULO]", "Regista o componente POSConnectorKitra.", &RunRegister},
         {"unregister", "", "Anula o registo do componente.", &RunUnregister},
-        {"report", "sales [--from DATA] [--to DATA]",
-         "Vendas por dia, por tipo de documento e por modalidade; stock dos mais vendidos.",
+        {"report", "sales|cash [--from DATA] [--to DATA] | account CLIENTE",
+         "Vendas (por dia, tipo e modalidade; stock dos mais vendidos), movimentos de caixa, ou "
+         "a conta corrente de um cliente.",
          &RunReport, {"--from", "--to"}},
     };
     return commands;

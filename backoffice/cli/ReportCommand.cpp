@@ -1,6 +1,9 @@
-// kitra-host report sales: what the back office sold, read from its documents. A day-by-day
-// table of the sales documents, the totals by document type and by tender, and the stock of the
-// ten items that sold most.
+// kitra-host report: what the back office holds, read from its documents.
+//   sales [--from] [--to]   a day-by-day table of the sales documents, the totals by document
+//                           type and by tender, and the stock of the ten items that sold most;
+//   cash [--from] [--to]    the cash movements by document type and by workstation;
+//   account CUSTOMER        a customer's current account: open entries, receipts, credits and
+//                           the balance.
 #include <algorithm>
 #include <ostream>
 
@@ -10,12 +13,14 @@
 #include "backoffice/cli/Command.h"
 #include "core/DateTime.h"
 #include "core/Error.h"
+#include "core/Numbers.h"
 #include "core/Text.h"
 
 namespace kitra::backoffice::cli {
 namespace {
 
-constexpr const char* kUsage = "Uso: kitra-host report sales [--from DATA] [--to DATA]";
+constexpr const char* kUsage =
+    "Uso: kitra-host report sales|cash [--from DATA] [--to DATA] | report account CLIENTE";
 
 // Sales, credit sales and returns: what the day table counts (returns as negative amounts).
 constexpr const char* kSalesKinds = "1, 2, 3";
@@ -36,6 +41,7 @@ std::string PeriodBound(const std::string& option, const std::string& text, bool
 
 Period ParsePeriod(const std::vector<std::string>& arguments) {
     Period period;
+    if (arguments.size() % 2 == 0) throw UsageError(kUsage);
     for (std::size_t i = 1; i < arguments.size(); i += 2) {
         if (i + 1 >= arguments.size()) throw UsageError(kUsage);
         if (arguments[i] == "--from") {
@@ -178,14 +184,123 @@ void BestSellers(Database& database, const Period& period, std::ostream& out) {
     out << "(Stock: todos os armazéns; \"-\" para artigos sem gestão de stock ou desconhecidos.)\n";
 }
 
+void CashTables(Database& database, const Period& period, std::ostream& out) {
+    Statement types(database,
+                    "SELECT d.DocumentTypeID, COALESCE(t.Description, ''), COUNT(*), "
+                    "SUM(CASE WHEN m.Amount > 0 THEN m.Amount ELSE 0 END), "
+                    "SUM(CASE WHEN m.Amount < 0 THEN -m.Amount ELSE 0 END) "
+                    "FROM cash_movements m JOIN documents d ON d.DocumentKey = m.DocumentKey "
+                    "LEFT JOIN document_types t ON t.DocumentTypeID = d.DocumentTypeID "
+                    "WHERE d.State = 0 AND m.MovementDate BETWEEN ? AND ? "
+                    "GROUP BY d.DocumentTypeID ORDER BY d.DocumentTypeID");
+    InPeriod(types, period);
+    out << "Movimentos de caixa por tipo de documento\n";
+    out << fmt::format("{:<6}  {:<28}  {:>10}  {:>13}  {:>13}\n", "Tipo", "Descrição",
+                       "Movimentos", "Entradas", "Saídas");
+    while (types.Step()) {
+        out << fmt::format("{:<6}  {:<28}  {:>10}  {:>13}  {:>13}\n", types.ColumnText(0),
+                           types.ColumnText(1), types.ColumnText(2),
+                           Money(types.Column(3).ToDouble()), Money(types.Column(4).ToDouble()));
+    }
+    Statement drawers(database,
+                      "SELECT m.WorkstationID, COALESCE(w.Description, ''), "
+                      "SUM(CASE WHEN m.Amount > 0 THEN m.Amount ELSE 0 END), "
+                      "SUM(CASE WHEN m.Amount < 0 THEN -m.Amount ELSE 0 END), SUM(m.Amount) "
+                      "FROM cash_movements m JOIN documents d ON d.DocumentKey = m.DocumentKey "
+                      "LEFT JOIN workstations w ON w.WorkstationID = m.WorkstationID "
+                      "WHERE d.State = 0 AND m.MovementDate BETWEEN ? AND ? "
+                      "GROUP BY m.WorkstationID ORDER BY m.WorkstationID");
+    InPeriod(drawers, period);
+    out << "\nPor posto (gaveta)\n";
+    out << fmt::format("{:>5}  {:<28}  {:>13}  {:>13}  {:>13}\n", "Posto", "Descrição",
+                       "Entradas", "Saídas", "Saldo");
+    while (drawers.Step()) {
+        out << fmt::format("{:>5}  {:<28}  {:>13}  {:>13}  {:>13}\n", drawers.ColumnText(0),
+                           drawers.ColumnText(1), Money(drawers.Column(2).ToDouble()),
+                           Money(drawers.Column(3).ToDouble()), Money(drawers.Column(4).ToDouble()));
+    }
+}
+
+void AccountTables(Database& database, std::int32_t customer, std::ostream& out) {
+    Statement name(database, "SELECT OrganizationName FROM customers WHERE CustomerID = ?");
+    name.Bind({Variant(customer)});
+    if (!name.Step()) throw Error("Não existe o cliente " + std::to_string(customer) + ".");
+    out << "Conta corrente do cliente " << customer << " - " << name.ColumnText(0) << "\n\n";
+
+    const auto entries = [&](const char* type, const char* title) {
+        Statement open(database,
+                       "SELECT e.DocumentTypeID, e.SeriesID, e.DocumentNumber, "
+                       "substr(e.DocumentDate, 1, 10), e.Amount, e.OpenAmount, d.State "
+                       "FROM account_entries e JOIN documents d ON d.DocumentKey = e.DocumentKey "
+                       "WHERE e.CustomerID = ? AND e.EntryType = ? "
+                       "ORDER BY e.DocumentDate, e.EntryID");
+        open.Bind({Variant(customer), Variant(type)});
+        out << title << "\n";
+        out << fmt::format("{:<18}  {:<10}  {:>13}  {:>13}\n", "Documento", "Data", "Valor",
+                           "Em aberto");
+        double total = 0;
+        while (open.Step()) {
+            total += open.Column(5).ToDouble();
+            const std::string document = open.ColumnText(0) + " " + open.ColumnText(1) + "/" +
+                                         open.ColumnText(2) +
+                                         (open.Column(6).ToInt32() != 0 ? " (anulado)" : "");
+            out << fmt::format("{:<18}  {:<10}  {:>13}  {:>13}\n", document, open.ColumnText(3),
+                               Money(open.Column(4).ToDouble()), Money(open.Column(5).ToDouble()));
+        }
+        out << fmt::format("{:<18}  {:<10}  {:>13}  {:>13}\n\n", "Total", "", "", Money(total));
+        return total;
+    };
+    const double owed = entries("D", "Vendas a crédito");
+
+    Statement receipts(database,
+                       "SELECT d.DocumentTypeID || ' ' || d.SeriesID || '/' || d.DocumentNumber, "
+                       "substr(d.DocumentDate, 1, 10), d.Total, "
+                       "COALESCE((SELECT group_concat(e.DocumentTypeID || ' ' || e.SeriesID || "
+                       "'/' || e.DocumentNumber || ' ' || printf('%.2f', s.Amount), '; ') FROM "
+                       "account_settlements s JOIN account_entries e ON e.EntryID = s.EntryID "
+                       "WHERE s.ReceiptKey = d.DocumentKey), '') FROM documents d "
+                       "WHERE d.CustomerID = ? AND d.Kind = 7 ORDER BY d.DocumentDate, d.DocumentKey");
+    receipts.Bind({Variant(customer)});
+    out << "Recibos\n";
+    out << fmt::format("{:<18}  {:<10}  {:>13}  {}\n", "Documento", "Data", "Recebido", "Liquidou");
+    while (receipts.Step()) {
+        std::string settled = receipts.ColumnText(3);
+        std::replace(settled.begin(), settled.end(), '.', ',');
+        out << fmt::format("{:<18}  {:<10}  {:>13}  {}\n", receipts.ColumnText(0),
+                           receipts.ColumnText(1), Money(receipts.Column(2).ToDouble()), settled);
+    }
+    out << "\n";
+    const double credit = entries("C", "Créditos (adiantamentos e o que sobrou de recibos)");
+    out << "Saldo: " << Money(owed - credit)
+        << (owed - credit >= 0 ? " a pagar pelo cliente\n" : " a favor do cliente\n");
+}
+
 }  // namespace
 
 int RunReport(CommandContext& context) {
-    if (context.arguments.empty() || context.arguments.front() != "sales") throw UsageError(kUsage);
+    if (context.arguments.empty()) throw UsageError(kUsage);
+    const std::string& report = context.arguments.front();
+    if (report == "account") {
+        if (context.arguments.size() != 2) throw UsageError(kUsage);
+        std::int32_t customer = 0;
+        try {
+            customer = RoundToInt32(ParseNumberStrict(context.arguments[1], ','));
+        } catch (const Error&) {
+            throw UsageError("O cliente deve ser o seu número: '" + context.arguments[1] + "'.");
+        }
+        BackOffice office(context.dataFolder);
+        AccountTables(office.GetDatabase(), customer, context.out);
+        return kExitOk;
+    }
+    if (report != "sales" && report != "cash") throw UsageError(kUsage);
     const Period period = ParsePeriod(context.arguments);
     BackOffice office(context.dataFolder);
     Database& database = office.GetDatabase();
     context.out << "Período: " << period.from << " a " << period.to << "\n\n";
+    if (report == "cash") {
+        CashTables(database, period, context.out);
+        return kExitOk;
+    }
     DayTable(database, period, context.out);
     TypeTable(database, period, context.out);
     TenderTable(database, period, context.out);

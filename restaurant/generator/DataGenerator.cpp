@@ -646,9 +646,12 @@ private:
             const std::int64_t paid =
                 std::min<std::int64_t>(options_.baseMoment, last + random_.Between(3600, 5 * 86400));
             const int type = random_.Chance(0.8) ? 8 : 9;
+            // Some customers pay only part of what they owe, in whole euros.
+            const long amount = random_.Chance(0.2) ? std::max<long>(100, total * random_.Between(30, 90) / 100 / 100 * 100)
+                                                    : total;
             Row row;
             row.Int(*receipt).Int(type).Int(1).Int(random_.Pick(knownSalesmen_).uid).Int(customerUid)
-                .Moment(paid).Int(total).Text(Numbered("RC", ++receiptNumber_));
+                .Moment(paid).Int(amount).Text(Numbered("RC", ++receiptNumber_));
             row.OptionalText(random_.Chance(0.5) ? std::optional<std::string>("Liquidação de conta corrente")
                                          : std::nullopt);
             movements_.Add(row);

@@ -125,10 +125,78 @@ TEST_F(ReportCommandTest, APeriodLimitsEveryTable) {
     EXPECT_FALSE(Has(out, "Robalo  ")) << out;
 }
 
+TEST_F(ReportCommandTest, ShowsACustomersAccountAndTheCashMovements) {
+    {
+        BackOffice office(Data());
+        host::Customer customer;
+        customer.OrganizationName = "Café Central";
+        office.customers.Save(customer, 7.0, true);
+        auto sale = office.transactions.NewTransactionBusiness();
+        sale->InitNewTransaction("FAC", "EXT");
+        sale->SetTransactionDefaults(*office.documentTypes.Get("FAC"), 1);
+        host::Transaction& credit = sale->Current();
+        credit.DocumentNumber = 2;
+        credit.CustomerID = 7;
+        credit.CreditSale = true;
+        credit.DocumentDate = credit.DueDate = {2025, 1, 12, 9, 0, 0};
+        host::TransactionLine line = sale->NewLine();
+        line.ItemID = "C1";
+        line.TaxableGroupID = 1;
+        line.Quantity = 1;
+        line.UnitPrice = 10;
+        sale->CalculateLine(line);
+        sale->AppendLine(line);
+        office.transactions.Save(credit);
+
+        auto receipt = office.accountTransactions.NewAccountTransactionBusiness();
+        receipt->InitNewTransaction("PCL", "EXT");
+        receipt->Current().CustomerID = 7;
+        receipt->Current().DocumentDate = {2025, 1, 13, 9, 0, 0};
+        receipt->WorkstationStamp(2, {2025, 1, 13, 9, 0, 0});
+        const host::LedgerAccounts ledger = receipt->LedgerAccountList();
+        ASSERT_NE(ledger.Find("FAC", "EXT", 2), nullptr);
+        receipt->AddAccountLine(*ledger.Find("FAC", "EXT", 2), 10);
+        host::TransactionPayment cash = receipt->NewPayment(1);
+        cash.Amount = 4;
+        receipt->AppendPayment(cash);
+        receipt->Calculate();
+        office.accountTransactions.Save(receipt->Current());
+
+        auto advance = office.transactions.NewTransactionBusiness();
+        advance->InitNewTransaction("ADC", "EXT");
+        advance->Current().CustomerID = 7;
+        advance->Current().DocumentDate = advance->Current().DueDate = {2025, 1, 14, 9, 0, 0};
+        advance->WorkstationStamp(2, {2025, 1, 14, 9, 0, 0});
+        host::TransactionPayment money = advance->NewPayment(1);
+        money.Amount = 5;
+        advance->AppendPayment(money);
+        office.transactions.Save(advance->Current());
+    }
+    std::string out;
+    ASSERT_EQ(Run({"report", "account", "7"}, out), 0) << out;
+    EXPECT_TRUE(Has(out, "Conta corrente do cliente 7 - Café Central")) << out;
+    EXPECT_TRUE(Has(out, "FAC EXT/2           2025-01-12          10,00           6,00")) << out;
+    EXPECT_TRUE(Has(out, "PCL EXT/1           2025-01-13           4,00  FAC EXT/2 4,00")) << out;
+    EXPECT_TRUE(Has(out, "ADC EXT/1           2025-01-14           5,00           5,00")) << out;
+    EXPECT_TRUE(Has(out, "Saldo: 1,00 a pagar pelo cliente")) << out;
+
+    ASSERT_EQ(Run({"report", "cash", "--from", "2025-01-13"}, out), 0) << out;
+    EXPECT_TRUE(Has(out, "ADC     ADIANTAMENTO DE CLIENTES               1           5,00           0,00"))
+        << out;
+    EXPECT_TRUE(Has(out, "PCL     PAGAMENTO DE CLIENTES                  1           4,00           0,00"))
+        << out;
+    EXPECT_TRUE(Has(out, "    2  Posto 2                                9,00           0,00           9,00"))
+        << out;
+
+    EXPECT_EQ(Run({"report", "account", "70"}, out), 1);
+    EXPECT_TRUE(Has(out, "Não existe o cliente 70.")) << out;
+    EXPECT_EQ(Run({"report", "account", "sete"}, out), 2);
+}
+
 TEST_F(ReportCommandTest, RefusesWhatItDoesNotUnderstand) {
     std::string out;
     EXPECT_EQ(Run({"report"}, out), 2);
-    EXPECT_TRUE(Has(out, "report sales [--from DATA] [--to DATA]")) << out;
+    EXPECT_TRUE(Has(out, "report sales|cash [--from DATA] [--to DATA] | report account CLIENTE")) << out;
     EXPECT_EQ(Run({"report", "sales", "--from", "ontem"}, out), 2);
     EXPECT_TRUE(Has(out, "aaaa-mm-dd")) << out;
     EXPECT_EQ(Run({"report", "sales", "--from"}, out), 2);

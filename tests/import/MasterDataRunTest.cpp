@@ -105,6 +105,8 @@ TEST_F(MasterDataRunTest, OneOfEachArrivesInOrderWithTheExactLog) {
                   Imported("SubFamílias", "A importar SubFamílias", 1) +
                   Imported("Artigos", "A importar Artigos", 1) +
                   Imported("Transacções", "A importar Transacções", 0) +
+                  Imported("Mov.Caixa", "A importar Movimentos Caixa", 0) +
+                  Imported("Recibos", "A importar Recibos", 0) +
                   End("01-07-2024 12:00:00"));
     EXPECT_EQ(LastSummary("Centro"), Summary(1, 1, 1, 1, 1));
     // The family and its subfamily arrived in the same run, and the item under the subfamily.
@@ -162,6 +164,8 @@ TEST_F(MasterDataRunTest, ASecondRunBringsOnlyWhatChangedAndOverwritesIt) {
                   Imported("SubFamílias", "A importar SubFamílias", 0) +
                   Imported("Artigos", "A importar Artigos", 0) +
                   Imported("Transacções", "A importar Transacções", 0) +
+                  Imported("Mov.Caixa", "A importar Movimentos Caixa", 0) +
+                  Imported("Recibos", "A importar Recibos", 0) +
                   End("01-07-2024 12:30:00"));
 
     // A salesman and the item change after the second run: the third brings those two only.
@@ -208,6 +212,8 @@ TEST_F(MasterDataRunTest, ABadImportDateIsRefusedByEveryImporterAndTheRunGoesOn)
                   Title("Artigos", "A importar Artigos") +
                   Line("Artigos", "## Erro ## ao importar a tabela de Artigos. Artigo: " + refused) +
                   Imported("Transacções", "A importar Transacções", 0) +
+                  Imported("Mov.Caixa", "A importar Movimentos Caixa", 0) +
+                  Imported("Recibos", "A importar Recibos", 0) +
                   End("01-07-2024 12:00:00"));
     EXPECT_EQ(LastSummary("Centro"), Summary(0, 0, 0, 0, 0));
     // The next restaurant, on the same connection, imports everything.

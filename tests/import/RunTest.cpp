@@ -129,6 +129,8 @@ TEST_F(RunTest, ExactLogTextOfARestaurant) {
                   Unreachable("SubFamílias", "A importar SubFamílias") +
                   Unreachable("Artigos", "A importar Artigos") +
                   Unreachable("Transacções", "A importar Transacções") +
+                  Unreachable("Mov.Caixa", "A importar Movimentos Caixa") +
+                  Unreachable("Recibos", "A importar Recibos") +
                   " - # END # 01-03-2011 09:05:07 #\r\n");
     // The file lived only during the import.
     EXPECT_TRUE(office.LogFiles().empty());
@@ -141,7 +143,8 @@ TEST_F(RunTest, ExactLogTextOfARestaurant) {
     // The host heard each importer start; the connection line is only logged.
     for (const std::string text : {"A importar Vendedores", "A importar Clientes",
                                    "A importar Famílias", "A importar SubFamílias",
-                                   "A importar Artigos", "A importar Transacções"}) {
+                                   "A importar Artigos", "A importar Transacções",
+                                   "A importar Movimentos Caixa", "A importar Recibos"}) {
         EXPECT_TRUE(Said(text)) << text;
     }
     EXPECT_FALSE(Said(kNoServer));
@@ -149,11 +152,12 @@ TEST_F(RunTest, ExactLogTextOfARestaurant) {
 
 TEST_F(RunTest, TheImportersRunInTheirOrder) {
     const std::vector<ImporterStep>& order = ImporterOrder();
-    ASSERT_GE(order.size(), 6u);
+    ASSERT_EQ(order.size(), 8u);
     const std::pair<const char*, ImporterFunction> importers[] = {
         {"ImportSalesmen", ImportSalesmen},       {"ImportCustomers", ImportCustomers},
         {"ImportFamilies", ImportFamilies},       {"ImportSubfamilies", ImportSubfamilies},
-        {"ImportItems", ImportItems},             {"ImportSaleDocuments", ImportSaleDocuments}};
+        {"ImportItems", ImportItems},             {"ImportSaleDocuments", ImportSaleDocuments},
+        {"ImportCashMovements", ImportCashMovements}, {"ImportReceipts", ImportReceipts}};
     for (std::size_t i = 0; i < std::size(importers); ++i) {
         EXPECT_STREQ(order[i].name, importers[i].first);
         EXPECT_EQ(order[i].run, importers[i].second) << order[i].name;
@@ -174,19 +178,19 @@ TEST_F(RunTest, EachImporterReachesTheEndWhenTheServerCannotBeReached) {
         "Password=segredo;Option=3;Port=1");
     connection.SetCursorLocation(ado::CursorLocationEnum::UseClient);
     engine.Count(Counter::Items) = 4;  // the count line shows the counter as it stands
-    engine.Count(Counter::Transactions) = 3;
+    engine.Count(Counter::Receipts) = 3;
 
     // Outside a run the engine shows the failure as well.
     for (ImporterFunction importer :
          {ImportSalesmen, ImportCustomers, ImportFamilies, ImportSubfamilies, ImportItems,
-          ImportSaleDocuments}) {
+          ImportSaleDocuments, ImportCashMovements, ImportReceipts}) {
         EXPECT_TRUE(importer(engine, connection, restaurant));
         EXPECT_EQ(connection.State(), ado::StateClosed);
     }
     EXPECT_EQ(engine.ErrorCount(), 0);
     EXPECT_EQ(engine.WarningCount(), 0);
     EXPECT_EQ(engine.StatusText(), "Registos importados:3");
-    ASSERT_EQ(office.boxes.shown.size(), 6u);
+    ASSERT_EQ(office.boxes.shown.size(), 8u);
     for (const auto& box : office.boxes.shown) {
         EXPECT_EQ(box.text, kNoServer);
         EXPECT_EQ(box.style, host::MessageStyle::Critical);
@@ -196,13 +200,14 @@ TEST_F(RunTest, EachImporterReachesTheEndWhenTheServerCannotBeReached) {
     const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     std::string items = Unreachable("Artigos", "A importar Artigos");
     items.replace(items.find("importados:0"), 12, "importados:4");
-    std::string transactions = Unreachable("Transacções", "A importar Transacções");
-    transactions.replace(transactions.find("importados:0"), 12, "importados:3");
+    std::string receipts = Unreachable("Recibos", "A importar Recibos");
+    receipts.replace(receipts.find("importados:0"), 12, "importados:3");
     EXPECT_EQ(text, Unreachable("Vendedores", "A importar Vendedores") +
                         Unreachable("Clientes", "A importar Clientes") +
                         Unreachable("Famílias", "A importar Famílias") +
                         Unreachable("SubFamílias", "A importar SubFamílias") + items +
-                        transactions);
+                        Unreachable("Transacções", "A importar Transacções") +
+                        Unreachable("Mov.Caixa", "A importar Movimentos Caixa") + receipts);
 }
 
 TEST_F(RunTest, TwoRestaurantsGiveTwoLogsTwoSummariesAndNewDates) {

@@ -40,11 +40,11 @@ TEST_F(GeneratedDataTest, EveryReceiptLinkPointsFromACreditSaleToAReceipt) {
                     " OR cm.MovementTypeID NOT IN (8, 9) OR cm.DocumentID = ''"
                     " OR cm.EntityUID <> th.CustomerUID OR cm.Date < th.CreateDate)"),
               0);
-    // A receipt's amount is what its sales totalled.
+    // A receipt pays what its sales totalled, or part of it.
     EXPECT_EQ(Count("SELECT COUNT(*) FROM cashdrawer_movements cm WHERE cm.DocumentID LIKE 'RC%'"
-                    " AND cm.value <> (SELECT SUM(th.TableTotal) FROM transactionstenders tt"
-                    " JOIN transactionsheaders th ON th.UID = tt.TransactionUID"
-                    " WHERE tt.ReceiptMovementuid = cm.UID)"),
+                    " AND (cm.value <= 0 OR cm.value > (SELECT SUM(th.TableTotal) FROM"
+                    " transactionstenders tt JOIN transactionsheaders th ON th.UID = tt.TransactionUID"
+                    " WHERE tt.ReceiptMovementuid = cm.UID))"),
               0);
     // Credit sales belong to real customers, never to the final consumer.
     EXPECT_EQ(Count("SELECT COUNT(*) FROM transactionsheaders th JOIN customers c ON c.uid = th.CustomerUID"
@@ -191,6 +191,13 @@ TEST_F(DemoDataTest, TheDemoSizeLoads) {
     EXPECT_GT(std::stol(Database().QueryValue(
                   "SELECT COUNT(*) FROM cashdrawer_movements WHERE DocumentID LIKE 'RC%'")),
               10);
+    // Some receipts pay only part of their sales.
+    EXPECT_GT(std::stol(Database().QueryValue(
+                  "SELECT COUNT(*) FROM cashdrawer_movements cm WHERE cm.DocumentID LIKE 'RC%'"
+                  " AND cm.value < (SELECT SUM(th.TableTotal) FROM transactionstenders tt JOIN"
+                  " transactionsheaders th ON th.UID = tt.TransactionUID"
+                  " WHERE tt.ReceiptMovementuid = cm.UID)")),
+              0);
 }
 
 }  // namespace

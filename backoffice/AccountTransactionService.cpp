@@ -1,0 +1,226 @@
+#include "backoffice/AccountTransactionService.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include <fmt/format.h>
+
+#include "backoffice/DocumentStore.h"
+#include "backoffice/Money.h"
+#include "core/Numbers.h"
+
+namespace kitra::backoffice {
+namespace {
+
+constexpr double kNothing = 0.005;
+
+void CheckReceiptType(const Database& database, const std::string& documentTypeID) {
+    if (KindOfDocumentType(database, documentTypeID) != host::DocumentKind::CustomerPayment) {
+        throw Error(fmt::format("O tipo de documento '{}' não é de pagamentos de clientes.",
+                                documentTypeID));
+    }
+}
+
+// The customer's open debit entries, oldest first. What the receipt saved under `receiptKey`
+// settled counts as open: saving the receipt again replaces it.
+std::vector<host::LedgerEntry> OpenEntries(const Database& database, std::int32_t customer,
+                                           std::int32_t receiptKey) {
+    Statement open(database,
+                   "SELECT EntryID, DocumentTypeID, SeriesID, DocumentNumber, DocumentDate, Amount, "
+                   "Open FROM (SELECT e.EntryID, e.DocumentTypeID, e.SeriesID, e.DocumentNumber, "
+                   "e.DocumentDate, e.Amount, e.OpenAmount + COALESCE((SELECT SUM(s.Amount) FROM "
+                   "account_settlements s WHERE s.EntryID = e.EntryID AND s.ReceiptKey = ?), 0) "
+                   "AS Open FROM account_entries e JOIN documents d ON d.DocumentKey = "
+                   "e.DocumentKey WHERE e.EntryType = 'D' AND e.CustomerID = ? AND d.State = 0) "
+                   "WHERE Open >= ? ORDER BY DocumentDate, EntryID");
+    open.Bind({Variant(receiptKey), Variant(customer), Variant(kNothing)});
+    std::vector<host::LedgerEntry> entries;
+    while (open.Step()) {
+        host::LedgerEntry entry;
+        entry.EntryID = open.Column(0).ToInt32();
+        entry.DocumentTypeID = open.ColumnText(1);
+        entry.SeriesID = open.ColumnText(2);
+        entry.DocumentNumber = open.Column(3).ToInt32();
+        entry.DocumentDate = open.Column(4).ToDate();
+        entry.Amount = open.Column(5).ToDouble();
+        entry.OpenAmount = RoundMoney(open.Column(6).ToDouble());
+        entries.push_back(std::move(entry));
+    }
+    return entries;
+}
+
+std::int32_t ReceiptKeyOf(const Database& database, const host::AccountTransaction& t) {
+    return t.DocumentNumber == 0 ? 0 : KeyOf(database, t.DocumentTypeID, t.SeriesID, t.DocumentNumber);
+}
+
+// The receipt as a document header: a customer payment worth what was received.
+host::Transaction ReceiptDocument(const Database& database, const host::AccountTransaction& t) {
+    host::Transaction document;
+    document.DocumentTypeID = t.DocumentTypeID;
+    document.SeriesID = t.SeriesID;
+    document.DocumentNumber = t.DocumentNumber;
+    document.Kind = host::DocumentKind::CustomerPayment;
+    document.CustomerID = t.CustomerID;
+    document.SalesmanID = t.SalesmanID;
+    document.DocumentDate = document.DueDate = t.DocumentDate;
+    document.WorkstationID = t.WorkstationID;
+    document.StampDate = t.StampDate;
+    document.Payments = t.Payments;
+    document.PaidAmount = document.Total = t.Total;
+    Statement company(database, "SELECT CountryID, TaxRegionID, CurrencyID FROM company");
+    if (company.Step()) {
+        document.Tax = {company.ColumnText(0), company.Column(1).ToInt32()};
+        document.CurrencyID = company.ColumnText(2);
+    }
+    return document;
+}
+
+}  // namespace
+
+void ApplyReceipt(host::AccountTransaction& transaction) {
+    double received = 0;
+    for (const host::TransactionPayment& payment : transaction.Payments) received += payment.Amount;
+    transaction.Total = RoundMoney(received);
+
+    std::vector<host::AccountLine*> oldestFirst;
+    for (host::AccountLine& line : transaction.Lines) oldestFirst.push_back(&line);
+    std::stable_sort(oldestFirst.begin(), oldestFirst.end(),
+                     [](const host::AccountLine* a, const host::AccountLine* b) {
+                         return std::tie(a->Entry.DocumentDate, a->Entry.EntryID) <
+                                std::tie(b->Entry.DocumentDate, b->Entry.EntryID);
+                     });
+    double left = std::max(0.0, transaction.Total);
+    transaction.Applied = 0;
+    for (host::AccountLine* line : oldestFirst) {
+        line->Amount = RoundMoney(std::min(std::max(0.0, line->Entry.OpenAmount), left));
+        left = RoundMoney(left - line->Amount);
+        transaction.Applied += line->Amount;
+    }
+    transaction.Applied = RoundMoney(transaction.Applied);
+    transaction.Credit = RoundMoney(transaction.Total - transaction.Applied);
+}
+
+// ---------------------------------------------------------------- AccountTransactionBusiness
+
+void AccountTransactionBusiness::InitNewTransaction(const std::string& documentTypeID,
+                                                    const std::string& seriesID) {
+    CheckReceiptType(database_, documentTypeID);
+    CheckSeries(database_, seriesID);
+    transaction_ = host::AccountTransaction{};
+    transaction_.DocumentTypeID = documentTypeID;
+    transaction_.SeriesID = seriesID;
+}
+
+host::LedgerAccounts AccountTransactionBusiness::LedgerAccountList() const {
+    return host::LedgerAccounts(OpenEntries(database_, RoundToInt32(transaction_.CustomerID),
+                                            ReceiptKeyOf(database_, transaction_)));
+}
+
+void AccountTransactionBusiness::AddAccountLine(const host::LedgerEntry& entry, double invoiceValue) {
+    for (const host::AccountLine& line : transaction_.Lines) {
+        if (line.Entry.EntryID == entry.EntryID) return;  // an entry is settled once
+    }
+    transaction_.Lines.push_back({entry, entry.OpenAmount, invoiceValue});
+}
+
+void AccountTransactionBusiness::WorkstationStamp(std::int16_t workstationID, const DateTime& moment) {
+    transaction_.WorkstationID = workstationID;
+    transaction_.StampDate = moment;
+}
+
+host::TransactionPayment AccountTransactionBusiness::NewPayment(std::int16_t tenderID) const {
+    host::TransactionPayment payment;
+    payment.LineNumber = static_cast<std::int32_t>(transaction_.Payments.size()) + 1;
+    payment.TenderID = tenderID;
+    return payment;
+}
+
+void AccountTransactionBusiness::AppendPayment(const host::TransactionPayment& payment) {
+    transaction_.Payments.push_back(payment);
+}
+
+void AccountTransactionBusiness::Calculate() { ApplyReceipt(transaction_); }
+
+// ---------------------------------------------------------------- AccountTransactionService
+
+const Clock& AccountTransactionService::DefaultClock() {
+    static const SystemClock clock;
+    return clock;
+}
+
+AccountTransactionService::AccountTransactionService(Database& database, const Clock& clock)
+    : database_(database), clock_(clock) {}
+
+std::unique_ptr<host::IAccountTransactionBusiness>
+AccountTransactionService::NewAccountTransactionBusiness() const {
+    return std::make_unique<AccountTransactionBusiness>(database_);
+}
+
+void AccountTransactionService::Save(host::AccountTransaction& t) {
+    Transaction write(database_);
+    CheckReceiptType(database_, t.DocumentTypeID);
+    CheckSeries(database_, t.SeriesID);
+    const DateTime now = clock_.Now();
+
+    bool numberAssigned = false;
+    std::int32_t key = 0;
+    if (t.DocumentNumber == 0) {
+        t.DocumentNumber = NextFreeNumber(database_, t.DocumentTypeID, t.SeriesID);
+        numberAssigned = true;
+    } else {
+        key = KeyOf(database_, t.DocumentTypeID, t.SeriesID, t.DocumentNumber);
+    }
+    if (key != 0) {
+        // The former version gives back what it settled before this one settles anything.
+        KeepInHistory(database_, key, t.DocumentTypeID, t.SeriesID, t.DocumentNumber, "replaced", now);
+        Statement reopen(database_,
+                         "UPDATE account_entries SET OpenAmount = round(OpenAmount + (SELECT "
+                         "SUM(s.Amount) FROM account_settlements s WHERE s.EntryID = "
+                         "account_entries.EntryID AND s.ReceiptKey = ?), 2) WHERE EntryID IN "
+                         "(SELECT EntryID FROM account_settlements WHERE ReceiptKey = ?)");
+        reopen.Bind({Variant(key), Variant(key)}).Run();
+        for (const char* sql : {"DELETE FROM account_settlements WHERE ReceiptKey = ?",
+                                "DELETE FROM account_entries WHERE DocumentKey = ?"}) {
+            Statement remove(database_, sql);
+            remove.Bind({Variant(key)}).Run();
+        }
+        RemoveChildren(database_, key);
+    }
+
+    // Settle at most what is open now, whatever the lines were built from.
+    const std::vector<host::LedgerEntry> open = OpenEntries(database_, RoundToInt32(t.CustomerID), 0);
+    std::vector<host::AccountLine> lines;
+    for (const host::AccountLine& line : t.Lines) {
+        const auto now = std::find_if(open.begin(), open.end(), [&](const host::LedgerEntry& e) {
+            return e.EntryID == line.Entry.EntryID;
+        });
+        if (now == open.end()) continue;  // settled meanwhile, or not this customer's
+        lines.push_back({*now, 0, line.InvoiceValue});
+    }
+    t.Lines = std::move(lines);
+    ApplyReceipt(t);
+
+    const host::Transaction document = ReceiptDocument(database_, t);
+    key = WriteHeader(database_, key, HeaderValues(document, numberAssigned, now));
+    WritePayments(database_, key, document);
+    WriteCashMovements(database_, key, document);
+    Statement settle(database_,
+                     "INSERT INTO account_settlements (ReceiptKey, EntryID, Amount, InvoiceValue) "
+                     "VALUES (?,?,?,?)");
+    Statement reduce(database_,
+                     "UPDATE account_entries SET OpenAmount = max(0, round(OpenAmount - ?, 2)) "
+                     "WHERE EntryID = ?");
+    for (const host::AccountLine& line : t.Lines) {
+        if (line.Amount < kNothing) continue;
+        settle.Reset();
+        settle.Bind({Variant(key), Variant(line.Entry.EntryID), Variant(line.Amount),
+                     Variant(line.InvoiceValue)})
+            .Run();
+        reduce.Reset();
+        reduce.Bind({Variant(line.Amount), Variant(line.Entry.EntryID)}).Run();
+    }
+    if (t.Credit >= kNothing) WriteEntry(database_, key, "C", document, t.Credit, t.Credit);
+    write.Commit();
+}
+
+}  // namespace kitra::backoffice

@@ -1,0 +1,327 @@
+#include "backoffice/DocumentStore.h"
+
+#include <fmt/format.h>
+
+#include "backoffice/Money.h"
+#include "core/Numbers.h"
+
+namespace kitra::backoffice {
+namespace {
+
+// An amount below half a cent is no amount.
+constexpr double kNothing = 0.005;
+
+std::string Money(double value) { return FormatHostNumber(RoundMoney(value)); }
+
+}  // namespace
+
+std::string DocumentName(const std::string& type, const std::string& series, std::int32_t number) {
+    return fmt::format("{} {}/{}", type, series, number);
+}
+
+host::DocumentKind KindOfDocumentType(const Database& database, const std::string& documentTypeID) {
+    Statement type(database, "SELECT Kind FROM document_types WHERE DocumentTypeID=?");
+    type.Bind({Variant(documentTypeID)});
+    if (!type.Step())
+        throw Error(fmt::format("Não existe o tipo de documento '{}'.", documentTypeID));
+    return static_cast<host::DocumentKind>(type.Column(0).ToInt32());
+}
+
+void CheckSeries(const Database& database, const std::string& seriesID) {
+    Statement series(database, "SELECT Active FROM document_series WHERE SeriesID=?");
+    series.Bind({Variant(seriesID)});
+    if (!series.Step()) throw Error(fmt::format("Não existe a série '{}'.", seriesID));
+    if (!series.Column(0).ToBool())
+        throw Error(fmt::format("A série '{}' não está activa.", seriesID));
+}
+
+std::int32_t KeyOf(const Database& database, const std::string& type, const std::string& series,
+                   std::int32_t number) {
+    Statement find(database,
+                   "SELECT DocumentKey FROM documents "
+                   "WHERE DocumentTypeID=? AND SeriesID=? AND DocumentNumber=?");
+    find.Bind({Variant(type), Variant(series), Variant(number)});
+    return find.Step() ? find.Column(0).ToInt32() : 0;
+}
+
+std::int32_t NextFreeNumber(const Database& database, const std::string& type,
+                            const std::string& series) {
+    Statement last(database,
+                   "SELECT COALESCE(MAX(DocumentNumber), 0) FROM documents "
+                   "WHERE DocumentTypeID=? AND SeriesID=?");
+    last.Bind({Variant(type), Variant(series)});
+    last.Step();
+    const std::int32_t number = last.Column(0).ToInt32();
+    if (number == INT32_MAX)
+        throw Error(fmt::format("A série '{}' do tipo '{}' não tem mais números livres.", series, type));
+    return number + 1;
+}
+
+std::string FormerVersion(const Database& database, std::int32_t key) {
+    std::string text;
+    Statement header(database,
+                     "SELECT DocumentTypeID, SeriesID, DocumentNumber, DocumentDate, CustomerID, "
+                     "SalesmanID, LinesTotal, TotalAdjustment, Total, PaidAmount, CreditSale, "
+                     "State, SavedAt FROM documents WHERE DocumentKey=?");
+    header.Bind({Variant(key)});
+    if (!header.Step()) return text;
+    text += fmt::format(
+        "{} de {}; cliente {}; vendedor {}; linhas {}; acerto {}; total {}; pago {}; crédito {}; "
+        "estado {}; gravado em {}\n",
+        DocumentName(header.ColumnText(0), header.ColumnText(1), header.Column(2).ToInt32()),
+        header.ColumnText(3), header.ColumnText(4), header.ColumnText(5),
+        Money(header.Column(6).ToDouble()), Money(header.Column(7).ToDouble()),
+        Money(header.Column(8).ToDouble()), Money(header.Column(9).ToDouble()),
+        header.Column(10).ToBool() ? "sim" : "não", header.ColumnText(11), header.ColumnText(12));
+    Statement lines(database,
+                    "SELECT LineNumber, ItemID, Description, Quantity, UnitPrice, DiscountAmount, "
+                    "TotalWithTax, TaxRate FROM document_lines WHERE DocumentKey=? "
+                    "ORDER BY LineNumber");
+    lines.Bind({Variant(key)});
+    while (lines.Step()) {
+        text += fmt::format("linha {}: {} '{}' {} x {} - desconto {} = {} (IVA {}%)\n",
+                            lines.ColumnText(0), lines.ColumnText(1), lines.ColumnText(2),
+                            FormatHostNumber(lines.Column(3).ToDouble()),
+                            Money(lines.Column(4).ToDouble()), Money(lines.Column(5).ToDouble()),
+                            Money(lines.Column(6).ToDouble()),
+                            FormatHostNumber(lines.Column(7).ToDouble()));
+    }
+    Statement payments(database,
+                       "SELECT LineNumber, TenderID, Amount FROM document_payments "
+                       "WHERE DocumentKey=? ORDER BY LineNumber");
+    payments.Bind({Variant(key)});
+    while (payments.Step()) {
+        text += fmt::format("pagamento {}: modalidade {} {}\n", payments.ColumnText(0),
+                            payments.ColumnText(1), Money(payments.Column(2).ToDouble()));
+    }
+    return text;
+}
+
+void KeepInHistory(Database& database, std::int32_t key, const std::string& type,
+                   const std::string& series, std::int32_t number, const char* event,
+                   const DateTime& when) {
+    Statement history(database,
+                      "INSERT INTO document_history (DocumentKey, DocumentTypeID, SeriesID, "
+                      "DocumentNumber, Event, EventDate, FormerVersion) VALUES (?,?,?,?,?,?,?)");
+    history
+        .Bind({Variant(key), Variant(type), Variant(series), Variant(number), Variant(event),
+               Variant(when), Variant(FormerVersion(database, key))})
+        .Run();
+}
+
+double SettledOf(const Database& database, std::int32_t key) {
+    Statement entry(database, "SELECT Amount - OpenAmount FROM account_entries WHERE DocumentKey=?");
+    entry.Bind({Variant(key)});
+    return entry.Step() ? entry.Column(0).ToDouble() : 0.0;
+}
+
+void RemoveChildren(Database& database, std::int32_t key) {
+    for (const char* table : {"document_lines", "document_taxes", "document_payments",
+                              "stock_movements", "cash_movements"}) {
+        Statement remove(database, fmt::format("DELETE FROM {} WHERE DocumentKey=?", table));
+        remove.Bind({Variant(key)}).Run();
+    }
+}
+
+std::vector<Variant> HeaderValues(const host::Transaction& t, bool numberAssigned,
+                                  const DateTime& savedAt) {
+    return {Variant(t.DocumentTypeID),
+            Variant(t.SeriesID),
+            Variant(t.DocumentNumber),
+            Variant(numberAssigned),
+            Variant(static_cast<std::int32_t>(t.Kind)),
+            Variant(static_cast<std::int32_t>(t.Stock)),
+            Variant(RoundToInt32(t.CustomerID)),
+            Variant(RoundToInt32(t.SalesmanID)),
+            Variant(t.PriceLineID),
+            Variant(t.ExchangeRate),
+            Variant(t.PricesIncludeTax),
+            Variant(t.WarehouseID),
+            Variant(t.DocumentDate),
+            Variant(t.DueDate),
+            Variant(t.CurrencyID),
+            Variant(t.Tax.CountryID),
+            Variant(t.Tax.TaxRegionID),
+            Variant(t.WorkstationID),
+            Variant(t.StampDate),
+            Variant(t.Comment),
+            Variant(t.CreditSale),
+            Variant(t.LinesTotal),
+            Variant(t.TotalNet),
+            Variant(t.TotalTax),
+            Variant(t.TotalAdjustment),
+            Variant(t.Total),
+            Variant(t.PaidAmount),
+            Variant(static_cast<std::int32_t>(t.StateCode)),
+            Variant(savedAt)};
+}
+
+const std::vector<const char*>& HeaderColumns() {
+    static const std::vector<const char*> columns = {
+    "DocumentTypeID", "SeriesID",     "DocumentNumber", "NumberAssigned", "Kind",
+    "StockDirection", "CustomerID",   "SalesmanID",     "PriceLineID",    "ExchangeRate",
+    "PricesIncludeTax", "WarehouseID", "DocumentDate",  "DueDate",        "CurrencyID",
+    "CountryID",      "TaxRegionID",  "WorkstationID",  "StampDate",      "Comment",
+    "CreditSale",     "LinesTotal",   "TotalNet",       "TotalTax",       "TotalAdjustment",
+    "Total",          "PaidAmount",   "State",          "SavedAt"};
+    return columns;
+}
+
+std::int32_t WriteHeader(Database& database, std::int32_t existingKey,
+                         const std::vector<Variant>& values) {
+    std::string columns, placeholders, assignments;
+    for (const char* column : HeaderColumns()) {
+        columns += (columns.empty() ? "" : ",") + std::string(column);
+        placeholders += placeholders.empty() ? "?" : ",?";
+        assignments += (assignments.empty() ? "" : ",") + std::string(column) + "=?";
+    }
+    if (existingKey != 0) {
+        Statement update(database,
+                         fmt::format("UPDATE documents SET {} WHERE DocumentKey=?", assignments));
+        for (std::size_t i = 0; i < values.size(); ++i) update.Bind(static_cast<int>(i), values[i]);
+        update.Bind(static_cast<int>(values.size()), Variant(existingKey)).Run();
+        return existingKey;
+    }
+    Statement insert(database,
+                     fmt::format("INSERT INTO documents ({}) VALUES ({})", columns, placeholders));
+    insert.Bind(values).Run();
+    return static_cast<std::int32_t>(database.LastInsertKey());
+}
+
+void WriteLines(Database& database, std::int32_t key, const host::Transaction& t) {
+    Statement insert(database,
+                     "INSERT INTO document_lines (DocumentKey, LineNumber, ItemID, Description, "
+                     "TaxableGroupID, TaxRate, SalesmanID, WarehouseID, TargetWarehouseID, "
+                     "Quantity, UnitPrice, UnitPriceWithoutTax, DiscountPercent, DiscountValue, "
+                     "GrossValue, DiscountAmount, TotalWithTax, NetValue, TaxValue) "
+                     "VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
+    for (const host::TransactionLine& line : t.Lines) {
+        insert.Reset();
+        insert
+            .Bind({Variant(key), Variant(line.LineNumber), Variant(line.ItemID),
+                   Variant(line.Description), Variant(line.TaxableGroupID), Variant(line.TaxRate),
+                   Variant(RoundToInt32(line.SalesmanID)), Variant(line.WarehouseID),
+                   Variant(line.TargetWarehouseID), Variant(line.Quantity), Variant(line.UnitPrice),
+                   Variant(line.UnitPriceWithoutTax), Variant(line.DiscountPercent),
+                   Variant(line.DiscountValue), Variant(line.GrossValue),
+                   Variant(line.DiscountAmount), Variant(line.TotalWithTax),
+                   Variant(line.NetValue), Variant(line.TaxValue)})
+            .Run();
+    }
+    Statement tax(database,
+                  "INSERT INTO document_taxes (DocumentKey, TaxableGroupID, Rate, TaxableAmount, "
+                  "TaxAmount, TotalWithTax) VALUES (?,?,?,?,?,?)");
+    for (const host::TaxSummary& group : t.Taxes) {
+        tax.Reset();
+        tax.Bind({Variant(key), Variant(group.TaxableGroupID), Variant(group.Rate),
+                  Variant(group.TaxableAmount), Variant(group.TaxAmount),
+                  Variant(group.TotalWithTax)})
+            .Run();
+    }
+}
+
+void WritePayments(Database& database, std::int32_t key, const host::Transaction& t) {
+    Statement payment(database,
+                      "INSERT INTO document_payments (DocumentKey, LineNumber, TenderID, Amount) "
+                      "VALUES (?,?,?,?)");
+    Statement card(database,
+                   "INSERT INTO card_payments (DocumentKey, LineNumber, Amount) VALUES (?,?,?)");
+    for (const host::TransactionPayment& p : t.Payments) {
+        payment.Reset();
+        payment.Bind({Variant(key), Variant(p.LineNumber), Variant(p.TenderID),
+                      Variant(RoundMoney(p.Amount))})
+            .Run();
+        if (p.CardDetail) {
+            card.Reset();
+            card.Bind({Variant(key), Variant(p.LineNumber), Variant(RoundMoney(p.CardDetail->Amount))})
+                .Run();
+        }
+    }
+}
+
+void WriteStockMovements(Database& database, std::int32_t key, const host::Transaction& t) {
+    if (t.Stock == host::StockDirection::None) return;
+    Statement stocked(database, "SELECT StockManagement FROM items WHERE ItemID=?");
+    Statement movement(database,
+                       "INSERT INTO stock_movements (DocumentKey, LineNumber, ItemID, WarehouseID, "
+                       "Quantity, MovementDate, Reversal) VALUES (?,?,?,?,?,?,0)");
+    const double direction = static_cast<double>(static_cast<std::int16_t>(t.Stock));
+    for (const host::TransactionLine& line : t.Lines) {
+        if (line.Quantity == 0) continue;
+        stocked.Reset();
+        stocked.Bind({Variant(line.ItemID)});
+        if (!stocked.Step() || !stocked.Column(0).ToBool()) continue;
+        movement.Reset();
+        movement
+            .Bind({Variant(key), Variant(line.LineNumber), Variant(line.ItemID),
+                   Variant(line.WarehouseID), Variant(direction * line.Quantity),
+                   Variant(t.DocumentDate)})
+            .Run();
+    }
+}
+
+void WriteAccountEntry(Database& database, std::int32_t key, const host::Transaction& t,
+                       double settled) {
+    // A credit sale owes what its payments do not cover; a payment on account is money the
+    // customer has with the company until it is applied.
+    const bool onAccount = t.Kind == host::DocumentKind::CustomerPaymentOnAccount;
+    const double amount = onAccount ? RoundMoney(t.Total) : RoundMoney(t.Total - t.PaidAmount);
+    if (!(t.CreditSale || onAccount) || amount < kNothing) {
+        // An entry that receipts settled in part stays, closed, so their settlements keep it.
+        Statement close(database,
+                        settled >= kNothing
+                            ? "UPDATE account_entries SET OpenAmount=0 WHERE DocumentKey=?"
+                            : "DELETE FROM account_entries WHERE DocumentKey=?");
+        close.Bind({Variant(key)}).Run();
+        return;
+    }
+    WriteEntry(database, key, onAccount ? "C" : "D", t, amount, std::max(0.0, RoundMoney(amount - settled)));
+}
+
+void WriteEntry(Database& database, std::int32_t key, const char* entryType,
+                const host::Transaction& t, double amount, double open) {
+    Statement upsert(database,
+                     "INSERT INTO account_entries (DocumentKey, EntryType, CustomerID, "
+                     "DocumentTypeID, SeriesID, DocumentNumber, DocumentDate, DueDate, Total, "
+                     "Amount, OpenAmount) VALUES (?,?,?,?,?,?,?,?,?,?,?) ON CONFLICT (DocumentKey) "
+                     "DO UPDATE SET EntryType=excluded.EntryType, CustomerID=excluded.CustomerID, "
+                     "DocumentTypeID=excluded.DocumentTypeID, SeriesID=excluded.SeriesID, "
+                     "DocumentNumber=excluded.DocumentNumber, DocumentDate=excluded.DocumentDate, "
+                     "DueDate=excluded.DueDate, Total=excluded.Total, Amount=excluded.Amount, "
+                     "OpenAmount=excluded.OpenAmount");
+    upsert
+        .Bind({Variant(key), Variant(entryType), Variant(RoundToInt32(t.CustomerID)),
+               Variant(t.DocumentTypeID), Variant(t.SeriesID), Variant(t.DocumentNumber),
+               Variant(t.DocumentDate), Variant(t.DueDate), Variant(t.Total), Variant(amount),
+               Variant(open)})
+        .Run();
+}
+
+void WriteCashMovements(Database& database, std::int32_t key, const host::Transaction& t) {
+    double direction = 0;
+    switch (t.Kind) {
+        case host::DocumentKind::CashEntrance:
+        case host::DocumentKind::CustomerPayment:
+        case host::DocumentKind::CustomerPaymentOnAccount:
+            direction = 1;
+            break;
+        case host::DocumentKind::CashWithdrawal:
+            direction = -1;
+            break;
+        default:
+            return;
+    }
+    Statement movement(database,
+                       "INSERT INTO cash_movements (DocumentKey, WorkstationID, TenderID, Amount, "
+                       "MovementDate) VALUES (?,?,?,?,?)");
+    for (const host::TransactionPayment& payment : t.Payments) {
+        movement.Reset();
+        movement
+            .Bind({Variant(key), Variant(t.WorkstationID), Variant(payment.TenderID),
+                   Variant(direction * RoundMoney(payment.Amount)), Variant(t.DocumentDate)})
+            .Run();
+    }
+}
+
+
+}  // namespace kitra::backoffice

@@ -1,0 +1,66 @@
+#pragma once
+// How the back office writes a document's rows: the look-ups and writers that the transaction
+// service and the account transaction service share. Each writer runs inside the caller's
+// database transaction.
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "backoffice/Database.h"
+#include "host/ITransactionService.h"
+
+namespace kitra::backoffice {
+
+// "VB EXT/12"
+std::string DocumentName(const std::string& type, const std::string& series, std::int32_t number);
+
+// The kind of a document type; fails with an Error naming it when the type is unknown.
+host::DocumentKind KindOfDocumentType(const Database& database, const std::string& documentTypeID);
+// Fails with an Error when the series is unknown or not active.
+void CheckSeries(const Database& database, const std::string& seriesID);
+
+// The key of the saved document of that type, series and number, or 0.
+std::int32_t KeyOf(const Database& database, const std::string& type, const std::string& series,
+                   std::int32_t number);
+// The highest number of that type and series plus one.
+std::int32_t NextFreeNumber(const Database& database, const std::string& type,
+                            const std::string& series);
+
+// A readable copy of a saved document (header, lines, payments).
+std::string FormerVersion(const Database& database, std::int32_t key);
+// Keeps the saved document's present version in document_history under `event` ("replaced",
+// "voided").
+void KeepInHistory(Database& database, std::int32_t key, const std::string& type,
+                   const std::string& series, std::int32_t number, const char* event,
+                   const DateTime& when);
+
+// What receipts have already settled of the document's current-account entry.
+double SettledOf(const Database& database, std::int32_t key);
+// Removes the rows that hang off a document, before a new version is written.
+void RemoveChildren(Database& database, std::int32_t key);
+
+// The documents columns, in the order HeaderValues gives their values.
+const std::vector<const char*>& HeaderColumns();
+std::vector<Variant> HeaderValues(const host::Transaction& t, bool numberAssigned,
+                                  const DateTime& savedAt);
+// Inserts the header (existingKey 0) or overwrites it; answers the document's key.
+std::int32_t WriteHeader(Database& database, std::int32_t existingKey,
+                         const std::vector<Variant>& values);
+
+void WriteLines(Database& database, std::int32_t key, const host::Transaction& t);
+void WritePayments(Database& database, std::int32_t key, const host::Transaction& t);
+// Stock-managed items the back office knows move stock in the line's warehouse.
+void WriteStockMovements(Database& database, std::int32_t key, const host::Transaction& t);
+// A credit sale opens (or, replaced, keeps) the customer's debit entry for what was not paid,
+// less what receipts already settled of a replaced version; a payment on account opens a
+// credit entry for its amount.
+void WriteAccountEntry(Database& database, std::int32_t key, const host::Transaction& t,
+                       double settled);
+// One current-account entry: "D" (owed by the customer) or "C" (the customer's credit).
+void WriteEntry(Database& database, std::int32_t key, const char* entryType,
+                const host::Transaction& t, double amount, double open);
+// Cash documents and receipts move the cash of the workstation's drawer: in for entrances,
+// receipts and payments on account, out for withdrawals.
+void WriteCashMovements(Database& database, std::int32_t key, const host::Transaction& t);
+
+}  // namespace kitra::backoffice
