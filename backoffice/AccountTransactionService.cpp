@@ -171,6 +171,8 @@ void AccountTransactionService::Save(host::AccountTransaction& t) {
         key = KeyOf(database_, t.DocumentTypeID, t.SeriesID, t.DocumentNumber);
     }
     if (key != 0) {
+        RefuseAnotherWorkstationsDocument(database_, key, t.DocumentTypeID, t.SeriesID,
+                                          t.DocumentNumber, t.WorkstationID);
         // The former version gives back what it settled before this one settles anything.
         KeepInHistory(database_, key, t.DocumentTypeID, t.SeriesID, t.DocumentNumber, "replaced", now);
         Statement reopen(database_,

@@ -324,4 +324,19 @@ void WriteCashMovements(Database& database, std::int32_t key, const host::Transa
 }
 
 
+void RefuseAnotherWorkstationsDocument(const Database& database, std::int32_t key,
+                                       const std::string& type, const std::string& series,
+                                       std::int32_t number, std::int16_t workstationID) {
+    Statement saved(database, "SELECT WorkstationID FROM documents WHERE DocumentKey=?");
+    saved.Bind({Variant(key)});
+    if (!saved.Step()) return;
+    const std::int32_t workstation = saved.Column(0).ToInt32();
+    if (workstation == workstationID) return;
+    throw Error(fmt::format(
+        "O documento {} já existe, feito no posto {}, e não pode ser substituído por um do posto "
+        "{}. Cada restaurante deve ter a sua série de documentos.",
+        DocumentName(type, series, number), workstation, workstationID));
+}
+
+
 }  // namespace kitra::backoffice

@@ -26,6 +26,13 @@ std::int32_t KeyOf(const Database& database, const std::string& type, const std:
 std::int32_t NextFreeNumber(const Database& database, const std::string& type,
                             const std::string& series);
 
+// A new version of a document comes from the workstation that made it. A document of the same
+// type, series and number from another workstation is another restaurant's (two restaurants
+// sharing a series): replacing it would lose it, so it is refused with an Error.
+void RefuseAnotherWorkstationsDocument(const Database& database, std::int32_t key,
+                                       const std::string& type, const std::string& series,
+                                       std::int32_t number, std::int16_t workstationID);
+
 // A readable copy of a saved document (header, lines, payments).
 std::string FormerVersion(const Database& database, std::int32_t key);
 // Keeps the saved document's present version in document_history under `event` ("replaced",

@@ -23,6 +23,7 @@ host::StockDirection StockDirectionOf(host::DocumentKind kind) {
     }
 }
 
+
 // ---------------------------------------------------------------- TransactionBusiness
 
 void TransactionBusiness::InitNewTransaction(const std::string& documentTypeID,
@@ -169,6 +170,11 @@ void TransactionService::Save(host::Transaction& transaction) {
                     transaction.DocumentNumber);
     }
     double settled = 0;
+    if (key != 0) {
+        RefuseAnotherWorkstationsDocument(database_, key, transaction.DocumentTypeID,
+                                          transaction.SeriesID, transaction.DocumentNumber,
+                                          transaction.WorkstationID);
+    }
     if (key != 0) {
         KeepInHistory(database_, key, transaction.DocumentTypeID, transaction.SeriesID,
                       transaction.DocumentNumber, "replaced", now);

@@ -51,5 +51,6 @@ int RunResetData(CommandContext& context);
 int RunRegister(CommandContext& context);
 int RunUnregister(CommandContext& context);
 int RunReport(CommandContext& context);
+int RunSeries(CommandContext& context);
 
 }  // namespace kitra::backoffice::cli

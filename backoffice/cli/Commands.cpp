@@ -17,6 +17,9 @@ const std::vector<Command>& AllCommands() {
         {"reset-data", "", "Esvazia o log de importações (as datas ficam).", &RunResetData},
         {"register", "[MÓDULO]", "Regista o componente POSConnectorKitra.", &RunRegister},
         {"unregister", "", "Anula o registo do componente.", &RunUnregister},
+        {"series", "list|add CÓDIGO DESCRIÇÃO",
+         "Lista as séries de documentos, ou cria uma série externa (uma por restaurante).",
+         &RunSeries},
         {"report", "sales|cash [--from DATA] [--to DATA] | account CLIENTE",
          "Vendas (por dia, tipo e modalidade; stock dos mais vendidos), movimentos de caixa, ou "
          "a conta corrente de um cliente.",

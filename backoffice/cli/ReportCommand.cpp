@@ -5,6 +5,7 @@
 //   account CUSTOMER        a customer's current account: open entries, receipts, credits and
 //                           the balance.
 #include <algorithm>
+#include <cmath>
 #include <ostream>
 
 #include <fmt/format.h>
@@ -271,8 +272,9 @@ void AccountTables(Database& database, std::int32_t customer, std::ostream& out)
     }
     out << "\n";
     const double credit = entries("C", "Créditos (adiantamentos e o que sobrou de recibos)");
-    out << "Saldo: " << Money(owed - credit)
-        << (owed - credit >= 0 ? " a pagar pelo cliente\n" : " a favor do cliente\n");
+    const double balance = owed - credit;
+    out << "Saldo: " << Money(std::abs(balance))
+        << (balance >= 0 ? " a pagar pelo cliente\n" : " a favor do cliente\n");
 }
 
 }  // namespace

@@ -262,6 +262,23 @@ TEST_F(Documents, ASecondVersionReplacesTheFirstAndKeepsItInTheHistory) {
               std::string::npos);
 }
 
+TEST_F(Documents, AnotherWorkstationsDocumentOfTheSameNumberIsNeverReplaced) {
+    auto first = NewDocument("VB", 9);
+    office->transactions.Save(first->Current());
+    auto other = NewDocument("VB", 9);
+    other->WorkstationStamp(2, {2025, 1, 10, 12, 0, 0});
+    try {
+        office->transactions.Save(other->Current());
+        FAIL();
+    } catch (const Error& e) {
+        EXPECT_EQ(e.Description(),
+                  "O documento VB EXT/9 já existe, feito no posto 1, e não pode ser substituído "
+                  "por um do posto 2. Cada restaurante deve ter a sua série de documentos.");
+    }
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM document_history"), "0");
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2);
+}
+
 TEST_F(Documents, ARefundVoidsTheDocumentAndReversesItsEffects) {
     auto business = NewDocument("FAC", 5);
     business->Current().CreditSale = true;
