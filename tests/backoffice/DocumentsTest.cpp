@@ -2,6 +2,7 @@
 // their stock and current-account effects, numbering, replacement and refund.
 #include <gtest/gtest.h>
 
+#include "backoffice/AccountTransactionService.h"
 #include "backoffice/DocumentCalculation.h"
 #include "backoffice/Schema.h"
 #include "tests/backoffice/TempFolder.h"
@@ -380,6 +381,161 @@ TEST_F(Documents, TheCreditCheckComparesTheTotalWithThePayments) {
     const CreditCheckAmounts amounts = business->CreditCheck();
     EXPECT_DOUBLE_EQ(amounts.DocumentTotal, 3);
     EXPECT_DOUBLE_EQ(amounts.PaidAmount, 2);
+}
+
+}  // namespace
+}  // namespace kitra::backoffice
+
+namespace kitra::backoffice {
+namespace {
+
+using namespace host;
+
+LedgerEntry Entry(std::int32_t id, int day, double open) {
+    LedgerEntry entry;
+    entry.EntryID = id;
+    entry.DocumentTypeID = "FAC";
+    entry.SeriesID = "EXT";
+    entry.DocumentNumber = id;
+    entry.DocumentDate = {2025, 1, day, 12, 0, 0};
+    entry.Amount = open;
+    entry.OpenAmount = open;
+    return entry;
+}
+
+AccountTransaction Receipt(double received, std::vector<LedgerEntry> entries) {
+    AccountTransaction receipt;
+    for (const LedgerEntry& entry : entries) receipt.Lines.push_back({entry, entry.OpenAmount, 0});
+    receipt.Payments.push_back({1, 1, received, {}});
+    return receipt;
+}
+
+TEST(ReceiptCalculation, LessThanOpenPaysTheOldestFirst) {
+    // Listed newest first: the list's order does not decide, the dates do.
+    AccountTransaction receipt = Receipt(25, {Entry(2, 12, 10), Entry(1, 11, 20)});
+    ApplyReceipt(receipt);
+    EXPECT_DOUBLE_EQ(receipt.Lines[1].Amount, 20);
+    EXPECT_DOUBLE_EQ(receipt.Lines[0].Amount, 5);
+    EXPECT_DOUBLE_EQ(receipt.Applied, 25);
+    EXPECT_DOUBLE_EQ(receipt.Credit, 0);
+}
+
+TEST(ReceiptCalculation, MoreThanOpenLeavesACredit) {
+    AccountTransaction receipt = Receipt(50, {Entry(1, 11, 20), Entry(2, 12, 10.5)});
+    ApplyReceipt(receipt);
+    EXPECT_DOUBLE_EQ(receipt.Applied, 30.5);
+    EXPECT_DOUBLE_EQ(receipt.Credit, 19.5);
+    EXPECT_DOUBLE_EQ(receipt.Total, 50);
+}
+
+TEST(ReceiptCalculation, NothingReceivedSettlesNothing) {
+    AccountTransaction receipt = Receipt(0, {Entry(1, 11, 20)});
+    ApplyReceipt(receipt);
+    EXPECT_DOUBLE_EQ(receipt.Lines[0].Amount, 0);
+    EXPECT_DOUBLE_EQ(receipt.Credit, 0);
+}
+
+class Receipts : public Documents {
+protected:
+    // A credit sale FAC EXT/number for customer 7, nothing paid: 3,00 open.
+    void CreditSale(std::int32_t number) {
+        auto sale = NewDocument("FAC", number);
+        sale->Current().CreditSale = true;
+        office->transactions.Save(sale->Current());
+    }
+    AccountTransaction& NewReceipt(std::int32_t number, double received) {
+        receipt_ = office->accountTransactions.NewAccountTransactionBusiness();
+        receipt_->InitNewTransaction("PCL", "EXT");
+        receipt_->Current().CustomerID = 7;
+        receipt_->Current().DocumentNumber = number;
+        receipt_->Current().DocumentDate = {2025, 1, 20, 10, 0, 0};
+        const LedgerAccounts ledger = receipt_->LedgerAccountList();
+        for (const LedgerEntry& entry : ledger.Entries()) receipt_->AddAccountLine(entry, 0);
+        TransactionPayment payment = receipt_->NewPayment(1);
+        payment.Amount = received;
+        receipt_->AppendPayment(payment);
+        receipt_->Calculate();
+        return receipt_->Current();
+    }
+    std::unique_ptr<IAccountTransactionBusiness> receipt_;
+};
+
+TEST_F(Receipts, OnlyCustomerPaymentTypesMakeReceipts) {
+    auto receipt = office->accountTransactions.NewAccountTransactionBusiness();
+    try {
+        receipt->InitNewTransaction("VB", "EXT");
+        FAIL();
+    } catch (const Error& e) {
+        EXPECT_EQ(e.Description(), "O tipo de documento 'VB' não é de pagamentos de clientes.");
+    }
+}
+
+TEST_F(Receipts, TheLedgerListsTheCustomersOpenCreditSalesOnly) {
+    CreditSale(1);
+    CreditSale(2);
+    host::Transaction voided = office->transactions.Find("FAC", "EXT", 2)->Document;
+    office->transactions.Refund(voided);
+    auto receipt = office->accountTransactions.NewAccountTransactionBusiness();
+    receipt->InitNewTransaction("PCL", "EXT");
+    receipt->Current().CustomerID = 7;
+    const LedgerAccounts ledger = receipt->LedgerAccountList();
+    ASSERT_EQ(ledger.Entries().size(), 1u);
+    EXPECT_NE(ledger.Find("fac", "ext", 1), nullptr);  // codes compare without letter case
+    EXPECT_EQ(ledger.Find("FAC", "EXT", 2), nullptr);  // voided
+    receipt->Current().CustomerID = 8;
+    EXPECT_TRUE(receipt->LedgerAccountList().Entries().empty());
+}
+
+TEST_F(Receipts, SavingSettlesAndASecondReceiptFindsNothingOpen) {
+    CreditSale(1);
+    AccountTransaction& first = NewReceipt(1, 3);
+    office->accountTransactions.Save(first);
+    EXPECT_EQ(Value("SELECT OpenAmount FROM account_entries"), "0.0");
+    AccountTransaction& second = NewReceipt(2, 3);
+    EXPECT_TRUE(second.Lines.empty());
+    office->accountTransactions.Save(second);  // nothing to settle: all of it is credit
+    EXPECT_EQ(Value("SELECT SUM(Amount) FROM account_settlements"), "3.0");
+    EXPECT_EQ(Value("SELECT OpenAmount FROM account_entries WHERE EntryType = 'C'"), "3.0");
+}
+
+TEST_F(Receipts, AReceiptSavedAgainReplacesItsFormerSettlements) {
+    CreditSale(1);
+    office->accountTransactions.Save(NewReceipt(5, 1));
+    EXPECT_EQ(Value("SELECT OpenAmount FROM account_entries"), "2.0");
+    // The same receipt again: its former 1,00 counts as open for it.
+    AccountTransaction& again = NewReceipt(5, 2);
+    ASSERT_EQ(again.Lines.size(), 1u);
+    EXPECT_DOUBLE_EQ(again.Lines[0].Entry.OpenAmount, 3);
+    office->accountTransactions.Save(again);
+    EXPECT_EQ(Value("SELECT OpenAmount FROM account_entries"), "1.0");
+    EXPECT_EQ(Value("SELECT COUNT(*) || ' ' || SUM(Amount) FROM account_settlements"), "1 2.0");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM documents WHERE Kind = 7"), "1");
+}
+
+TEST_F(Receipts, ASettlementNeverExceedsWhatIsOpenWhenSaved) {
+    CreditSale(1);
+    const AccountTransaction stale = NewReceipt(1, 3);  // built while 3,00 was open
+    AccountTransaction built = stale;
+    // Meanwhile another receipt settles 2,00.
+    office->accountTransactions.Save(NewReceipt(2, 2));
+    office->accountTransactions.Save(built);
+    EXPECT_EQ(Value("SELECT OpenAmount FROM account_entries WHERE EntryType = 'D'"), "0.0");
+    EXPECT_EQ(Value("SELECT SUM(Amount) FROM account_settlements"), "3.0");
+    EXPECT_EQ(Value("SELECT OpenAmount FROM account_entries WHERE EntryType = 'C'"), "2.0");
+}
+
+TEST_F(Documents, ACashDocumentIsWorthWhatItMovesThroughTheDrawer) {
+    auto business = office->transactions.NewTransactionBusiness();
+    business->InitNewTransaction("SC", "EXT");
+    business->Current().DocumentDate = business->Current().DueDate = {2025, 1, 10, 12, 0, 0};
+    business->WorkstationStamp(2, {2025, 1, 10, 12, 0, 0});
+    Pay(*business, 1, 40);
+    office->transactions.Save(business->Current());
+    const auto saved = office->transactions.Find("SC", "EXT", 1);
+    ASSERT_TRUE(saved);
+    EXPECT_DOUBLE_EQ(saved->Document.Total, 40);
+    EXPECT_EQ(Value("SELECT WorkstationID || ' ' || Amount FROM cash_movements"), "2 -40.0");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM account_entries"), "0");
 }
 
 }  // namespace

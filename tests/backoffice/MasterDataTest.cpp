@@ -358,7 +358,8 @@ TEST(Items, AFileOfVersion1GetsTheItemsCostAndNotesWhenOpened) {
     // Back to what version 1 had: no cost, no notes, no documents.
     office->GetDatabase().Exec(
         "ALTER TABLE items DROP COLUMN CostPrice; ALTER TABLE items DROP COLUMN Notes; "
-        "DROP VIEW item_stock; DROP TABLE document_history; DROP TABLE account_entries; "
+        "DROP VIEW item_stock; DROP TABLE document_history; DROP TABLE account_settlements; "
+        "DROP TABLE cash_movements; DROP TABLE account_entries; "
         "DROP TABLE stock_movements; DROP TABLE card_payments; DROP TABLE document_payments; "
         "DROP TABLE document_taxes; DROP TABLE document_lines; DROP TABLE documents; "
         "ALTER TABLE workstations DROP COLUMN WarehouseID; PRAGMA user_version=1;");
