@@ -107,7 +107,7 @@ TEST_F(SettingsFuzzTest, TenThousandMutations) {
                 break;
             }
             case 2: {  // a huge attribute arrives whole
-                const std::string huge(64 * 1024 + random.Below(256 * 1024), 'x');
+                const std::string huge(64 * 1024 + random.Below(128 * 1024), 'x');
                 text.replace(full.find(firstServer), firstServer.size(),
                              "ServerName=\"" + huge + "\"");
                 Read(text);
@@ -116,7 +116,7 @@ TEST_F(SettingsFuzzTest, TenThousandMutations) {
                 break;
             }
             case 3: {  // deep nesting around the restaurants, closed or left open
-                const std::size_t depth = 1000 + random.Below(5000);
+                const std::size_t depth = 1000 + random.Below(3000);
                 const bool closed = random.Below(2) == 0;
                 std::string open, close;
                 for (std::size_t d = 0; d < depth; ++d) open += "<a>";
@@ -169,8 +169,13 @@ TEST_F(SettingsFuzzTest, TenThousandMutations) {
     }
     // Every huge attribute and about half the nestings were well-formed and read.
     EXPECT_GT(wellFormedRead, 1250 + 400);
-    // The largest text is a third of a megabyte; everything read from it together stays far below this.
+#if defined(__SANITIZE_ADDRESS__)
+    // The address sanitizer keeps freed memory in quarantine, so the peak says nothing there.
+    (void)memoryBefore;
+#else
+    // The largest text is a fifth of a megabyte; everything read from it stays far below this.
     EXPECT_LT(PeakMemoryKb() - memoryBefore, 256 * 1024);
+#endif
 }
 
 }  // namespace
