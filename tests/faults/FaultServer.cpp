@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "ado/Connection.h"
+#include "ado/Recordset.h"
 #include "tests/support/Process.h"
 
 extern char** environ;
@@ -126,14 +128,21 @@ void FaultServer::ReleaseLock() {
 }
 
 bool FaultServer::WaitForStatementOnLock(const std::string& table) const {
-    MariaDbClient client(info_);
-    for (int i = 0; i < 1500; ++i) {
-        if (client.QueryValue("SELECT COUNT(*) FROM information_schema.processlist"
-                              " WHERE state LIKE '%lock%' AND info LIKE '%FROM " + table + "%'") !=
-            "0") {
-            return true;
-        }
-        std::this_thread::sleep_for(20ms);
+    // Asked over a connection of its own rather than through the mariadb client: a client
+    // process per question is slow on a loaded machine, and the statement must be caught while
+    // it still waits.
+    ado::Connection watcher(RestaurantConnectionString(info_.host, "information_schema",
+                                                       info_.rootUser, info_.rootPassword,
+                                                       std::to_string(info_.port)));
+    watcher.Open();
+    const std::string question =
+        "SELECT COUNT(*) AS waiting FROM information_schema.processlist WHERE state LIKE "
+        "'%lock%' AND info LIKE '%FROM " + table + "%' AND id <> CONNECTION_ID()";
+    for (int i = 0; i < 3000; ++i) {
+        ado::Recordset waiting;
+        waiting.Open(question, watcher);
+        if (waiting.Field("waiting").ToInt32() > 0) return true;
+        std::this_thread::sleep_for(10ms);
     }
     return false;
 }

@@ -128,7 +128,7 @@ protected:
     }
 
     // Runs the import of Centro, then Praia, with short time-outs; returns its seconds.
-    double Run(long timeoutSeconds = 2) {
+    double Run(long connectionSeconds = 2, long commandSeconds = 2) {
         KitraConnectorSetting settings(*Host().utility);
         settings.TaxableGroupEquivalence = {{1, "23"}, {2, "13"}, {3, "6"}};
         settings.Restaurants.Add(centro);
@@ -136,7 +136,7 @@ protected:
         Host().settingsStore->Save(settings);
 
         KitraExecutioner engine(Host(), clock);
-        engine.SetConnectionTimeouts(timeoutSeconds, timeoutSeconds);
+        engine.SetConnectionTimeouts(connectionSeconds, commandSeconds);
         engine.SetEventNotifier(notifier);
         const SteadyClock::time_point start = SteadyClock::now();
         engine.StartImport();
@@ -250,7 +250,7 @@ TEST_F(RunFaultsTest, MissingDatabase) {
 TEST_F(RunFaultsTest, SilentServer) {
     SilentServer silent;
     centro.ServerPort = std::to_string(silent.Port());
-    const double seconds = Run(1);
+    const double seconds = Run(1, 1);
     ExpectCentroUnreachable();
     ExpectTheRunWentOn();
     // Five importers, each giving up after a second; without the time-out it never ends.
@@ -263,7 +263,8 @@ TEST_F(RunFaultsTest, ServerKilledWhileTheImporterWaitsForItsRows) {
         if (server.WaitForStatementOnLock("customers")) server.Kill();
     });
     RestoreServerBeforePraia();
-    Run();
+    // The statement waits for the lock far longer than the striker needs to see it.
+    Run(2, 30);
     striker.join();
 
     const std::string log = LogOf("Centro");
@@ -311,7 +312,8 @@ TEST_F(RunFaultsTest, ServerFrozenWhileTheImporterWaitsThenResumed) {
         if (server.WaitForStatementOnLock("customers")) server.Freeze();
     });
     RestoreServerBeforePraia();  // resumes it
-    const double seconds = Run();
+    // The freeze comes while the statement waits for the lock, well within its time-out.
+    const double seconds = Run(2, 5);
     striker.join();
 
     const std::string log = LogOf("Centro");
