@@ -107,7 +107,7 @@ void FaultServer::HoldTableLock(const std::string& database, const std::string& 
         lockHolder_ = 0;
         throw std::runtime_error("cannot start the mariadb client");
     }
-    // The lock is held once the session sleeps.
+    // The lock is held once that client sleeps.
     MariaDbClient client(info_);
     for (int i = 0; i < 300; ++i) {
         if (client.QueryValue("SELECT COUNT(*) FROM information_schema.processlist"

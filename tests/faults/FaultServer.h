@@ -31,7 +31,7 @@ public:
     void Freeze();
     void Resume();
 
-    // Holds a write lock on the table from another session, so that the next statement that
+    // Holds a write lock on the table from another connection, so that the next statement that
     // reads it waits on the server with its query sent; released by ReleaseLock.
     void HoldTableLock(const std::string& database, const std::string& table);
     void ReleaseLock();
