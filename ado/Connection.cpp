@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <utility>
+#include <vector>
 
 #include "ado/Odbc.h"
 #include "core/Error.h"
+#include "core/Text.h"
 
 namespace kitra::ado {
 
@@ -12,7 +14,67 @@ namespace {
 // ADO's errors for using an object in the wrong state; their texts are the ones users know.
 Error ObjectClosed() { return Error("Operation is not allowed when the object is closed.", 3704); }
 Error ObjectOpen() { return Error("Operation is not allowed when the object is open.", 3705); }
+
+// The keys a connection string sets, in upper case. Values in braces may hold ";" and "=".
+std::vector<std::string> KeysOf(const std::string& connectionString) {
+    std::vector<std::string> keys;
+    std::string key;
+    bool inKey = true;
+    bool inBraces = false;
+    for (const char c : connectionString) {
+        if (inBraces) {
+            if (c == '}') inBraces = false;
+        } else if (c == '{') {
+            inBraces = true;
+        } else if (c == ';') {
+            if (!Trim(key).empty()) keys.push_back(FoldCase(Trim(key)));
+            key.clear();
+            inKey = true;
+        } else if (c == '=' && inKey) {
+            inKey = false;
+        } else if (inKey) {
+            key += c;
+        }
+    }
+    if (!Trim(key).empty()) keys.push_back(FoldCase(Trim(key)));
+    return keys;
+}
+
+Error NegativeTimeout() {
+    return Error("Arguments are of the wrong type, are out of acceptable range, or are in "
+                 "conflict with one another.",
+                 3001);
+}
+
 }  // namespace
+
+// MariaDB Connector/ODBC 3.1 keeps to neither SQL_ATTR_LOGIN_TIMEOUT nor SQL_ATTR_QUERY_TIMEOUT
+// (measured: a silent server holds SQLDriverConnect for good with the first, and the second is
+// refused with "Option value changed to default (no timeout)"). What it keeps to are its own
+// options: CONN_TIMEOUT bounds the TCP connect and the wait for the server's greeting, and
+// READ_TIMEOUT and WRITE_TIMEOUT bound every wait on the socket once connected.
+std::string DriverConnectionString(const std::string& connectionString, long connectionTimeout,
+                                   long commandTimeout) {
+    const std::vector<std::string> keys = KeysOf(connectionString);
+    const auto sets = [&](const char* key) {
+        for (const std::string& k : keys) {
+            if (k == key) return true;
+        }
+        return false;
+    };
+    std::string text = connectionString;
+    const auto add = [&](const char* key, long seconds) {
+        if (seconds <= 0 || sets(key)) return;
+        if (!text.empty() && text.back() != ';') text += ';';
+        text += key;
+        text += '=';
+        text += std::to_string(seconds);
+    };
+    add("CONN_TIMEOUT", connectionTimeout);
+    add("READ_TIMEOUT", commandTimeout);
+    add("WRITE_TIMEOUT", commandTimeout);
+    return text;
+}
 
 struct Connection::Handles {
     odbc::Handle environment;  // declared first: freed last
@@ -36,6 +98,17 @@ void Connection::SetConnectionString(std::string connectionString) {
     connectionString_ = std::move(connectionString);
 }
 
+void Connection::SetConnectionTimeout(long seconds) {
+    if (seconds < 0) throw NegativeTimeout();
+    if (handles_) throw ObjectOpen();  // as in ADO: it only matters before opening
+    connectionTimeout_ = seconds;
+}
+
+void Connection::SetCommandTimeout(long seconds) {
+    if (seconds < 0) throw NegativeTimeout();
+    commandTimeout_ = seconds;
+}
+
 long Connection::State() const { return handles_ ? StateOpen : StateClosed; }
 
 void Connection::Open(const std::string& connectionString) {
@@ -49,6 +122,7 @@ void Connection::Open(const std::string& connectionString) {
                               0),
                 handles->environment, "setting the ODBC version");
     handles->connection = odbc::Handle(SQL_HANDLE_DBC, handles->environment.Get());
+    // Set for drivers that keep to it; the MariaDB driver needs its own options (below).
     if (connectionTimeout_ > 0) {
         SQLSetConnectAttr(handles->connection.Get(), SQL_ATTR_LOGIN_TIMEOUT,
                           reinterpret_cast<SQLPOINTER>(static_cast<std::intptr_t>(connectionTimeout_)),
@@ -56,7 +130,8 @@ void Connection::Open(const std::string& connectionString) {
     }
     // The wide call makes the driver talk UTF-8 (utf8mb4) with the server, so texts in any
     // script arrive intact.
-    odbc::WideString text = odbc::ToWide(connectionString_);
+    odbc::WideString text = odbc::ToWide(
+        DriverConnectionString(connectionString_, connectionTimeout_, commandTimeout_));
     const SQLRETURN rc =
         SQLDriverConnectW(handles->connection.Get(), nullptr, text.data(),
                           static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr,
@@ -75,14 +150,25 @@ void Connection::RequireOpen() const {
     if (!handles_) throw ObjectClosed();
 }
 
-odbc::ResultRows Connection::ReadAll(const std::string& statement) {
+template <class Call>
+auto Connection::OnLink(Call&& call) -> decltype(call()) {
     RequireOpen();
-    return odbc::ExecuteAndReadAll(handles_->connection.Get(), statement);
+    try {
+        return call();
+    } catch (const odbc::LinkFailure&) {
+        // Nothing more can go over this link; closed, the connection can be opened again.
+        handles_.reset();
+        throw;
+    }
+}
+
+odbc::ResultRows Connection::ReadAll(const std::string& statement) {
+    return OnLink([&] { return odbc::ExecuteAndReadAll(handles_->connection.Get(), statement); });
 }
 
 long Connection::Execute(const std::string& statement) {
-    RequireOpen();
-    return odbc::ExecuteAndReadAll(handles_->connection.Get(), statement).affectedRows;
+    return OnLink(
+        [&] { return odbc::ExecuteAndReadAll(handles_->connection.Get(), statement).affectedRows; });
 }
 
 }  // namespace kitra::ado

@@ -6,7 +6,12 @@
 // Failures raise kitra::Error. For the driver's failures (cannot connect, wrong password,
 // unknown database, bad statement) the description is the driver's own message, e.g.
 // "[ma-3.1.15]Access denied for user 'kitra'@'127.0.0.1' (using password: YES)", and the
-// number is the driver's native error code (1045, 1049, 2002, 1064, ...).
+// number is the driver's native error code (1045, 1049, 2002, 1064, 2013, ...).
+//
+// No call waits for the server without limit: opening gives up after ConnectionTimeout seconds
+// and a statement after CommandTimeout seconds without an answer, whether the server is
+// unreachable, silent or frozen. A connection whose link to the server was lost (a time-out, a
+// server that went away) closes itself when it raises the error, so the next Open starts afresh.
 #include <memory>
 #include <string>
 
@@ -15,6 +20,12 @@ namespace kitra::ado {
 namespace odbc {
 struct ResultRows;
 }
+
+// The connection string as the driver receives it: the given text, followed by the driver's
+// own time-out options (CONN_TIMEOUT, READ_TIMEOUT, WRITE_TIMEOUT) for those that the text does
+// not set itself and whose value is above 0. The given text is never changed.
+std::string DriverConnectionString(const std::string& connectionString, long connectionTimeout,
+                                   long commandTimeout);
 
 // ADO's numbers: the importers compare State() with 1 and set the client-side cursor (3).
 enum ObjectStateEnum : long { StateClosed = 0, StateOpen = 1 };
@@ -40,9 +51,14 @@ public:
     CursorLocationEnum CursorLocation() const { return cursorLocation_; }
     void SetCursorLocation(CursorLocationEnum location) { cursorLocation_ = location; }
 
-    // Seconds to wait for the server when opening (ADO's default: 15).
+    // Seconds to wait for the server when opening (ADO's default: 15); 0 waits without limit.
     long ConnectionTimeout() const { return connectionTimeout_; }
-    void SetConnectionTimeout(long seconds) { connectionTimeout_ = seconds; }
+    void SetConnectionTimeout(long seconds);
+
+    // Seconds a statement waits for each answer of the server (ADO's default: 30); 0 waits
+    // without limit. It applies from the next Open: the driver takes it when it connects.
+    long CommandTimeout() const { return commandTimeout_; }
+    void SetCommandTimeout(long seconds);
 
     // StateClosed (0) or StateOpen (1).
     long State() const;
@@ -62,12 +78,17 @@ private:
     struct Handles;
 
     void RequireOpen() const;
+    // Runs one call on the open connection; a lost link closes the connection before the
+    // error goes on.
+    template <class Call>
+    auto OnLink(Call&& call) -> decltype(call());
     // Runs the statement and reads its whole result (for Recordset::Open).
     odbc::ResultRows ReadAll(const std::string& statement);
 
     std::string connectionString_;
     CursorLocationEnum cursorLocation_ = CursorLocationEnum::UseServer;
     long connectionTimeout_ = 15;
+    long commandTimeout_ = 30;
     std::unique_ptr<Handles> handles_;  // present while open
 };
 

@@ -1,5 +1,6 @@
 #include "ado/Odbc.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -84,7 +85,11 @@ std::string FromWide(const SQLWCHAR* text, std::size_t length) {
 
 // ---- diagnostics ---------------------------------------------------------------------------
 
-Error DiagnosticError(SQLSMALLINT handleType, SQLHANDLE handle, std::string_view context) {
+namespace {
+
+// The driver's first diagnostic record: its SQLSTATE and the error it describes.
+Error FirstDiagnostic(SQLSMALLINT handleType, SQLHANDLE handle, std::string_view context,
+                      std::string& sqlState) {
     SQLWCHAR state[6] = {};
     SQLINTEGER native = 0;
     std::vector<SQLWCHAR> message(1024);
@@ -97,15 +102,28 @@ Error DiagnosticError(SQLSMALLINT handleType, SQLHANDLE handle, std::string_view
                             static_cast<SQLSMALLINT>(message.size()), &length);
     }
     if (!SQL_SUCCEEDED(rc) || length <= 0) {
+        sqlState.clear();
         return Error("The ODBC driver failed without a message (" + std::string(context) + ").");
     }
+    sqlState = FromWide(state, 5);
     const std::size_t used = std::min<std::size_t>(static_cast<std::size_t>(length),
                                                    message.size() - 1);
     return Error(FromWide(message.data(), used), native);
 }
 
+}  // namespace
+
+Error DiagnosticError(SQLSMALLINT handleType, SQLHANDLE handle, std::string_view context) {
+    std::string sqlState;
+    return FirstDiagnostic(handleType, handle, context, sqlState);
+}
+
 void Check(SQLRETURN rc, const Handle& handle, std::string_view context) {
-    if (!SQL_SUCCEEDED(rc)) throw DiagnosticError(handle.Type(), handle.Get(), context);
+    if (SQL_SUCCEEDED(rc)) return;
+    std::string sqlState;
+    Error error = FirstDiagnostic(handle.Type(), handle.Get(), context, sqlState);
+    if (sqlState.rfind("08", 0) == 0) throw LinkFailure(error.Description(), error.Number());
+    throw error;
 }
 
 // ---- values --------------------------------------------------------------------------------
@@ -249,8 +267,8 @@ struct Column {
 constexpr std::size_t kChunk = 4096;
 
 // Reads one cell in the given C type, in as many chunks as it takes; false for SQL NULL.
-// Wide text arrives as UTF-16 and is kept so until the whole value is in, so that a character
-// split between two chunks is joined again.
+// A character split between two chunks is joined again, since the value is only converted when
+// it is whole.
 template <typename Unit>
 bool ReadCell(const Handle& statement, SQLUSMALLINT column, SQLSMALLINT cType,
               std::vector<Unit>& buffer, std::basic_string<Unit>& value) {
@@ -334,9 +352,7 @@ ResultRows ExecuteAndReadAll(SQLHDBC connection, const std::string& statementTex
         result.rows.reserve(static_cast<std::size_t>(expected));
     }
 
-    std::vector<SQLWCHAR> wideBuffer(kChunk);
     std::vector<char> byteBuffer(kChunk);
-    WideString wideValue;
     std::string byteValue;
     while ((rc = SQLFetch(statement.Get())) != SQL_NO_DATA) {
         Check(rc, statement, "fetching a row");
@@ -345,18 +361,13 @@ ResultRows ExecuteAndReadAll(SQLHDBC connection, const std::string& statementTex
         for (std::size_t i = 0; i < columns.size(); ++i) {
             const auto number = static_cast<SQLUSMALLINT>(i + 1);
             const ColumnKind kind = columns[i].kind;
-            if (kind == ColumnKind::Text) {
-                // Wide characters: the text arrives intact whatever the client's code page.
-                if (ReadCell(statement, number, SQL_C_WCHAR, wideBuffer, wideValue)) {
-                    row.emplace_back(FromWide(wideValue.data(), wideValue.size()));
-                } else {
-                    row.push_back(Variant::Null());
-                }
-                continue;
-            }
-            // Numbers and dates are read in the database's own text form and converted here,
-            // which keeps them exact and independent of the process's locale.
-            const SQLSMALLINT cType = kind == ColumnKind::Binary ? SQL_C_BINARY : SQL_C_CHAR;
+            // Texts are read as the bytes the server sends, which are UTF-8 (utf8mb4) on a
+            // connection opened with the wide call: byte for byte, a NUL included. Read as wide
+            // characters, the driver cuts a text at its first NUL. Numbers and dates are read in
+            // the database's own text form and converted here, which keeps them exact and
+            // independent of the process's locale.
+            const SQLSMALLINT cType =
+                kind == ColumnKind::Binary || kind == ColumnKind::Text ? SQL_C_BINARY : SQL_C_CHAR;
             if (ReadCell(statement, number, cType, byteBuffer, byteValue)) {
                 row.push_back(ValueFromText(kind, std::move(byteValue)));
                 byteValue = std::string();

@@ -47,7 +47,16 @@ std::string FromWide(const SQLWCHAR* text, std::size_t length);
 // code (1045, 1049, 2002, 1064, ...). `context` is used when the driver left no record.
 Error DiagnosticError(SQLSMALLINT handleType, SQLHANDLE handle, std::string_view context);
 
-// Fails with the handle's diagnostics unless the return code is a success.
+// The driver's error when the link to the server is gone (SQLSTATE class 08: lost during a
+// statement, a read or write that timed out, a server that went away). The connection that
+// raised it is of no further use.
+class LinkFailure : public Error {
+public:
+    using Error::Error;
+};
+
+// Fails with the handle's diagnostics unless the return code is a success; a LinkFailure when
+// the driver says the link to the server is gone.
 void Check(SQLRETURN rc, const Handle& handle, std::string_view context);
 
 // Every row of the statement's result, read into memory. A statement that returns no result

@@ -4,49 +4,60 @@
 
 namespace kitra {
 
+namespace {
+
+// The character that starts at text[i]: its code point and byte length. False, with length 1,
+// when the bytes there are not UTF-8 (a stray continuation byte, a sequence cut short, an
+// over-long form, a surrogate or a code point beyond U+10FFFF).
+bool DecodeAt(std::string_view text, std::size_t i, char32_t& cp, std::size_t& length) {
+    const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
+    const unsigned char lead = byte(i);
+    length = 1;
+    int extra = 0;
+    char32_t min = 0;
+    if (lead < 0x80) {
+        cp = lead;
+        return true;
+    } else if ((lead & 0xE0) == 0xC0) {
+        extra = 1, cp = lead & 0x1F, min = 0x80;
+    } else if ((lead & 0xF0) == 0xE0) {
+        extra = 2, cp = lead & 0x0F, min = 0x800;
+    } else if ((lead & 0xF8) == 0xF0) {
+        extra = 3, cp = lead & 0x07, min = 0x10000;
+    } else {
+        return false;
+    }
+    if (i + static_cast<std::size_t>(extra) >= text.size()) return false;
+    for (int k = 1; k <= extra; ++k) {
+        const unsigned char next = byte(i + static_cast<std::size_t>(k));
+        if ((next & 0xC0) != 0x80) return false;
+        cp = (cp << 6) | (next & 0x3F);
+    }
+    if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return false;
+    length = static_cast<std::size_t>(extra) + 1;
+    return true;
+}
+
+}  // namespace
+
 std::u32string DecodeUtf8(std::string_view text) {
     std::u32string out;
     out.reserve(text.size());
-    std::size_t i = 0;
-    const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
-    while (i < text.size()) {
-        const unsigned char lead = byte(i);
-        int extra = 0;
+    std::size_t length = 0;
+    for (std::size_t i = 0; i < text.size(); i += length) {
         char32_t cp = 0;
-        char32_t min = 0;
-        if (lead < 0x80) {
-            out.push_back(lead);
-            ++i;
-            continue;
-        } else if ((lead & 0xE0) == 0xC0) {
-            extra = 1, cp = lead & 0x1F, min = 0x80;
-        } else if ((lead & 0xF0) == 0xE0) {
-            extra = 2, cp = lead & 0x0F, min = 0x800;
-        } else if ((lead & 0xF8) == 0xF0) {
-            extra = 3, cp = lead & 0x07, min = 0x10000;
-        } else {
-            out.push_back(0xFFFD);
-            ++i;
-            continue;
-        }
-        bool ok = i + static_cast<std::size_t>(extra) < text.size();
-        for (int k = 1; ok && k <= extra; ++k) {
-            const unsigned char next = byte(i + k);
-            if ((next & 0xC0) != 0x80) {
-                ok = false;
-            } else {
-                cp = (cp << 6) | (next & 0x3F);
-            }
-        }
-        if (!ok || cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
-            out.push_back(0xFFFD);
-            ++i;
-            continue;
-        }
-        out.push_back(cp);
-        i += extra + 1;
+        out.push_back(DecodeAt(text, i, cp, length) ? cp : 0xFFFD);
     }
     return out;
+}
+
+bool IsValidUtf8(std::string_view text) {
+    std::size_t length = 0;
+    for (std::size_t i = 0; i < text.size(); i += length) {
+        char32_t cp = 0;
+        if (!DecodeAt(text, i, cp, length)) return false;
+    }
+    return true;
 }
 
 void AppendUtf8(std::string& out, char32_t cp) {

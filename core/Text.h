@@ -9,6 +9,8 @@ namespace kitra {
 // Decodes UTF-8 into code points; an invalid byte becomes U+FFFD.
 std::u32string DecodeUtf8(std::string_view text);
 std::string EncodeUtf8(std::u32string_view text);
+// Whether every byte belongs to a well-formed UTF-8 character.
+bool IsValidUtf8(std::string_view text);
 void AppendUtf8(std::string& out, char32_t codePoint);
 
 // The Windows-1252 code (0..255) of a character, or -1 when Windows-1252 cannot represent it.

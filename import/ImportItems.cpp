@@ -57,6 +57,16 @@ bool ImportItems(KitraExecutioner& engine, ado::Connection& connection, Restaura
             // restaurant's values (its cost, its notes) stays.
             std::optional<host::Item> existing;
             if (services.items->Exists(key)) existing = services.items->Get(key);
+            // The host's item keys ignore letter case, so 'abc' would land on the host's 'ABC'
+            // and overwrite another item. Such an item is left out and said so, which also keeps
+            // the count equal to what the host holds.
+            if (existing && existing->ItemID != key) {
+                row.LeaveOut("Não foi possível adicionar o Artigo '" + name + "' porque o código '" +
+                                 key + "' só difere nas maiúsculas e minúsculas do código '" +
+                                 existing->ItemID + "' de um Artigo que já existe",
+                             "Artigos");
+                return;
+            }
             const bool isNew = !existing.has_value();
             host::Item item = isNew ? host::Item{} : *existing;
 

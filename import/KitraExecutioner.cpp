@@ -92,6 +92,12 @@ void KitraExecutioner::BeginRestaurant(const std::string& restaurantName) {
     logFileName_ = LogFileName(restaurantName, clock_.Now());
 }
 
+void KitraExecutioner::SetConnectionTimeouts(long connectionSeconds, long commandSeconds) {
+    if (!connection_) connection_ = std::make_unique<ado::Connection>();
+    connection_->SetConnectionTimeout(connectionSeconds);
+    connection_->SetCommandTimeout(commandSeconds);
+}
+
 void KitraExecutioner::ImportRestaurant(Restaurant& restaurant, bool& entityFailure,
                                         bool& transactionFailure) {
     BeginRestaurant(restaurant.Name);

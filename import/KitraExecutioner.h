@@ -46,6 +46,10 @@ public:
     // The run's entry.
     void StartImport();
 
+    // How long the run's restaurant connection waits for a server, in seconds: to open and for
+    // each answer to a statement. Unless set, ADO's 15 and 30.
+    void SetConnectionTimeouts(long connectionSeconds, long commandSeconds);
+
     // Starts a restaurant's import: its counters and warnings back to 0 and a new log file,
     // named after the restaurant and the present moment, for WriteLog.
     void BeginRestaurant(const std::string& restaurantName);

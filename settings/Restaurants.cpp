@@ -1,5 +1,7 @@
 #include "settings/Restaurants.h"
 
+#include <algorithm>
+
 #include "core/Error.h"
 #include "core/Text.h"
 #include "settings/SettingsXml.h"
@@ -21,9 +23,13 @@ void Restaurants::Add(const Restaurant& restaurant) {
 }
 
 void Restaurants::Append(Restaurant restaurant, std::optional<std::string> key) {
-    // Room in both first, so a failure cannot leave the two lists out of step.
-    items_.reserve(items_.size() + 1);
-    keys_.reserve(keys_.size() + 1);
+    // Room in both first, so a failure cannot leave the two lists out of step. The room grows
+    // by doubling: growing by one each time made reading n restaurants cost n * n copies.
+    if (items_.size() == items_.capacity() || keys_.size() == keys_.capacity()) {
+        const std::size_t room = std::max<std::size_t>(8, items_.size() * 2);
+        items_.reserve(room);
+        keys_.reserve(room);
+    }
     items_.push_back(std::move(restaurant));
     keys_.push_back(std::move(key));
 }

@@ -1,20 +1,27 @@
 #include "settings/SettingsXml.h"
 
+#include <algorithm>
 #include <cstring>
 #include <sstream>
+#include <string_view>
+#include <vector>
 
 #include "core/Numbers.h"
+#include "core/Text.h"
 
 namespace kitra::settings_xml {
 namespace {
 
-bool HasDuplicateAttribute(pugi::xml_node element) {
+// Sorting the names keeps the check at n log n: an element with a hundred thousand attributes is
+// checked in milliseconds, where comparing every pair took seconds.
+bool HasDuplicateAttribute(pugi::xml_node element, std::vector<std::string_view>& names) {
+    names.clear();
     for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
-        for (pugi::xml_attribute b = a.next_attribute(); b; b = b.next_attribute()) {
-            if (std::strcmp(a.name(), b.name()) == 0) return true;
-        }
+        names.emplace_back(a.name());
     }
-    return false;
+    if (names.size() < 2) return false;
+    std::sort(names.begin(), names.end());
+    return std::adjacent_find(names.begin(), names.end()) != names.end();
 }
 
 // The parser lets through a few things that are not XML: text or a second element beside the
@@ -34,20 +41,43 @@ bool IsWellFormedTree(const pugi::xml_document& document) {
 
     struct DuplicateFinder : pugi::xml_tree_walker {
         bool found = false;
+        std::vector<std::string_view> names;  // reused from element to element
         bool for_each(pugi::xml_node& node) override {
-            if (node.type() == pugi::node_element && HasDuplicateAttribute(node)) found = true;
+            if (node.type() == pugi::node_element && HasDuplicateAttribute(node, names)) {
+                found = true;
+            }
             return !found;
         }
     } finder;
-    if (HasDuplicateAttribute(document.document_element())) return false;
+    if (HasDuplicateAttribute(document.document_element(), finder.names)) return false;
     document.document_element().traverse(finder);
     return !finder.found;
+}
+
+// A settings text is UTF-8 and holds only characters XML allows: no NUL, none of the other
+// control characters but tab, line feed and carriage return, no U+FFFE or U+FFFF. The parser
+// would read past such bytes (or stop at a NUL as if the text ended there), so they are
+// refused here, and so is a text in another encoding, such as UTF-16.
+bool HasOnlyXmlCharacters(std::string_view text) {
+    if (!IsValidUtf8(text)) return false;
+    // In valid UTF-8 a byte below 0x80 is always a character of its own, and U+FFFE and U+FFFF
+    // are always EF BF BE and EF BF BF, so the bytes can be checked without decoding.
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (c < 0x20 && c != '\t' && c != '\n' && c != '\r') return false;
+        if (c == 0xEF && i + 2 < text.size() && static_cast<unsigned char>(text[i + 1]) == 0xBF &&
+            (static_cast<unsigned char>(text[i + 2]) & 0xFE) == 0xBE) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace
 
 bool Load(std::string_view text, pugi::xml_document& document) noexcept {
     try {
+        if (!HasOnlyXmlCharacters(text)) return false;
         // Fragment mode keeps stray text beside the root as nodes, so the check above can see it.
         const unsigned options = pugi::parse_default | pugi::parse_fragment;
         const pugi::xml_parse_result result =

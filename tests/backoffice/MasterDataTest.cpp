@@ -325,6 +325,25 @@ TEST(Items, SavesAndReadsTheItemWithItsPrices) {
     EXPECT_EQ(office->items.Get("R1100"), SampleItem());
 }
 
+TEST(Items, TextsAndKeysKeepEveryByteNulIncluded) {
+    using namespace std::string_literals;
+    TempBackOffice office;
+    Item item = SampleItem();
+    item.ItemID = "R1\0" "100😀"s;
+    item.Description = "Bife\0à casa \x01 中文 \xF4\x8F\xBF\xBF"s;
+    item.Notes = "\0"s;
+    office->items.Save(item, item.ItemID, true);
+    // Another program sees the same bytes.
+    office.Reopen();
+    EXPECT_FALSE(office->items.Exists("R1"));
+    const auto stored = office->items.Get(item.ItemID);
+    ASSERT_TRUE(stored.has_value());
+    EXPECT_EQ(stored->ItemID, item.ItemID);
+    EXPECT_EQ(stored->Description, item.Description);
+    EXPECT_EQ(stored->Notes, item.Notes);
+    EXPECT_EQ(office->items.List().size(), 1u);
+}
+
 TEST(Items, OverwritingReplacesEveryPriceLine) {
     TempBackOffice office;
     office->items.Save(SampleItem(), "R1100", true);

@@ -39,6 +39,20 @@ TEST(Utf8, InvalidBytesBecomeReplacementCharacters) {
     EXPECT_EQ(Windows1252Code(decoded[1]), -1);
 }
 
+TEST(Utf8, ValidityOfWholeTexts) {
+    using namespace std::string_literals;
+    EXPECT_TRUE(IsValidUtf8(""));
+    EXPECT_TRUE(IsValidUtf8("Conceição 中文 🍕 \xEF\xBF\xBD \xF4\x8F\xBF\xBF"));
+    EXPECT_TRUE(IsValidUtf8("a\0b"s));  // NUL is a character like any other
+    for (const char* broken : {"\xC3", "\xC3\x28", "\xA0", "\xC0\xAF", "\xE0\x80\xAF",
+                               "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80",
+                               "\xFF", "ok\xE2\x82"}) {
+        EXPECT_FALSE(IsValidUtf8(broken)) << broken;
+    }
+    // What the decoder replaces is exactly what the check refuses.
+    EXPECT_EQ(DecodeUtf8("a\xC0\xAF" "b"), U"a\uFFFD\uFFFDb");
+}
+
 TEST(Text, CaseInsensitiveKeys) {
     EXPECT_TRUE(EqualsNoCase("Centro", "CENTRO"));
     EXPECT_TRUE(EqualsNoCase("Conceição", "CONCEIÇÃO"));

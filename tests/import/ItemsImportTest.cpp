@@ -77,6 +77,42 @@ TEST_F(ItemsImportTest, EveryFieldArrives) {
               (std::vector<testing::RecordingNotifier::Progress>{{1, 0, "A importar Artigos"}}));
 }
 
+// The host's item keys ignore letter case: a restaurant item that would land on another item
+// is left out and said so, and the count is what the host holds.
+TEST_F(ItemsImportTest, ItemCodesThatDifferOnlyInLetterCaseAreNotMerged) {
+    AddItem(1, "abc", "Sumo de maca");
+    AddItem(2, "ABC", "Sumo de ananas");
+    ASSERT_TRUE(Import());
+    const auto items = Host().items->List();
+    ASSERT_EQ(items.size(), 1u);
+    const std::string kept = items[0].ItemID;
+    const std::string other = kept == "abc" ? "ABC" : "abc";
+    ASSERT_TRUE(kept == "abc" || kept == "ABC") << kept;
+    const std::string otherName = other == "abc" ? "Sumo de maca" : "Sumo de ananas";
+    EXPECT_EQ(LogText(),
+              Section() +
+                  Line("Artigos", "Não foi possível adicionar o Artigo '" + otherName +
+                                      "' porque o código '" + other +
+                                      "' só difere nas maiúsculas e minúsculas do código '" +
+                                      kept + "' de um Artigo que já existe") +
+                  Count(1));
+    EXPECT_EQ(engine.CountOf(Counter::Items), 1);
+    EXPECT_EQ(engine.WarningCount(), 1);
+}
+
+TEST_F(ItemsImportTest, AnItemOfTheHostIsNotOverwrittenByACodeInOtherLetters) {
+    AddItem(1, "abc", "Sumo de maca");
+    host::Item existing;
+    existing.ItemID = "ABC";
+    existing.Description = "Artigo da loja";
+    Host().items->Save(existing, "ABC", true);
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(Host().items->Get("ABC")->Description, "Artigo da loja");
+    EXPECT_EQ(Host().items->Get("ABC")->ItemID, "ABC");
+    EXPECT_EQ(engine.CountOf(Counter::Items), 0);
+    EXPECT_EQ(engine.WarningCount(), 1);
+}
+
 TEST_F(ItemsImportTest, ThePrefixGoesBeforeTheItemCode) {
     AddItem(1, "100", "Sumo de laranja");
     restaurant.ItemIDPrefix = "R1";
