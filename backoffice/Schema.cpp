@@ -224,8 +224,29 @@ ALTER TABLE items ADD COLUMN Notes TEXT NOT NULL DEFAULT '';
 PRAGMA user_version=2;
 )sql";
 
+// Version 3: the connectors' settings remember which command or run stored them, and every
+// settings text is kept in a history before another replaces or deletes it, so that no
+// settings are lost to a mistaken load or to a run that could not read them.
+constexpr const char* kVersion3 = R"sql(
+ALTER TABLE connector_settings ADD COLUMN UpdatedBy TEXT NOT NULL DEFAULT '';
+
+CREATE TABLE connector_settings_history (
+    HistoryID INTEGER PRIMARY KEY,
+    Key1 TEXT NOT NULL,
+    Key2 TEXT NOT NULL,
+    SettingXml TEXT NOT NULL,
+    StoredDate DATETIME NOT NULL,
+    StoredBy TEXT NOT NULL DEFAULT '',
+    ReplacedDate DATETIME NOT NULL,
+    ReplacedBy TEXT NOT NULL DEFAULT ''
+);
+CREATE INDEX connector_settings_history_by_keys ON connector_settings_history (Key1, Key2, HistoryID);
+
+PRAGMA user_version=3;
+)sql";
+
 // Step k brings a file of version k-1 to version k, and ends by writing k as the version.
-constexpr const char* kSteps[] = {kVersion1, kVersion2};
+constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 }  // namespace
@@ -250,7 +271,7 @@ void UpgradeSchema(Database& database) {
 
 std::vector<std::string> SchemaTables() {
     std::vector<std::string> tables = {
-        "company",        "connector_settings", "customer_types", "customers",
+        "company",        "connector_settings", "connector_settings_history", "customer_types", "customers",
         "document_series", "document_types",    "families",       "item_prices",
         "items",          "payment_terms",      "places",         "sales_zones",
         "salesmen",       "suppliers",          "tax_regions",    "taxable_group_rates",

@@ -32,7 +32,14 @@ void PrintHelp(std::ostream& out) {
         << "Opções:\n"
         << "  --data PASTA   A pasta de dados. Sem esta opção: a variável de ambiente\n"
         << "                 KITRA_HOST_DATA, ou então ./kitra-data.\n"
-        << "  -h, --help     Mostra esta ajuda.\n";
+        << "  -h, --help     Mostra esta ajuda.\n\n"
+        << "Códigos de saída:\n"
+        << "  0  tudo correu bem.\n"
+        << "  1  o comando não conseguiu fazer o seu trabalho (em 'execute': a importação não\n"
+        << "     chegou ao fim; as datas de importação não foram guardadas).\n"
+        << "  2  a linha de comandos está errada.\n"
+        << "  3  'execute' chegou ao fim mas algum restaurante teve erros ou não foi alcançado\n"
+        << "     (cada um é dito no stderr); 'check' encontrou algo a corrigir.\n";
 }
 
 const Command* FindCommand(const std::string& name) {
@@ -49,7 +56,8 @@ struct CommandLine {
     std::vector<std::string> arguments;
 };
 
-// Options may stand before or after the command; "--" ends them.
+// The program's options may stand before or after the command; "--" ends them. Other options
+// after the command are the command's own, and the command refuses those it does not know.
 CommandLine Parse(const std::vector<std::string>& arguments) {
     CommandLine line;
     bool optionsEnded = false;
@@ -66,7 +74,7 @@ CommandLine Parse(const std::vector<std::string>& arguments) {
         } else if (!optionsEnded && argument.rfind("--data=", 0) == 0) {
             line.dataFolder = argument.substr(7);
             if (line.dataFolder->empty()) throw UsageError("Falta a pasta depois de '--data='.");
-        } else if (!optionsEnded && argument.size() > 1 && argument[0] == '-') {
+        } else if (!optionsEnded && !line.command && argument.size() > 1 && argument[0] == '-') {
             throw UsageError("Opção desconhecida: '" + argument + "'.");
         } else if (!line.command) {
             line.command = argument;
