@@ -260,6 +260,11 @@ void Database::Exec(std::string_view sql) {
     }
 }
 
+void Database::EnsureWritable() {
+    Exec("BEGIN IMMEDIATE");
+    Exec("ROLLBACK");
+}
+
 long Database::Changes() const { return sqlite3_changes(db_); }
 
 int Database::UserVersion() const {

@@ -86,6 +86,11 @@ public:
     void Exec(std::string_view sql);
     long Changes() const;
 
+    // Waits for the write lock as any write would (the busy timeout), and lets it go at once: a
+    // back office that another program keeps locked is reported before work starts whose every
+    // write would otherwise fail on its own.
+    void EnsureWritable();
+
     // The schema version kept in the file (PRAGMA user_version); the upgrade scripts set it.
     int UserVersion() const;
 

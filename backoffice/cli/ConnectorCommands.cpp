@@ -59,6 +59,7 @@ int RunResetData(CommandContext& context) {
     ExpectArguments(context, 0, "reset-data");
     RunLock lock(context.dataFolder, "'reset-data'");
     ConnectorSession session(context, "reset-data");
+    session.Office().GetDatabase().EnsureWritable();
     session.Connector().ResetData();
     context.out << "O log de importações foi esvaziado.\n";
     return kExitOk;

@@ -48,13 +48,6 @@ std::string FirstErrorLine(const std::string& contents) {
     return {};
 }
 
-// Waits for the back office's write lock as any write would, and lets it go: a back office that
-// another program keeps locked is reported before the run instead of as a failure of every record.
-void EnsureWritable(Database& database) {
-    database.Exec("BEGIN IMMEDIATE");
-    database.Exec("ROLLBACK");
-}
-
 }  // namespace
 
 int RunExecute(CommandContext& context) {
@@ -76,7 +69,7 @@ int RunExecute(CommandContext& context) {
         return kExitFailure;
     }
     const std::vector<RestaurantSettings> restaurants = StoredRestaurants(stored);
-    EnsureWritable(office.GetDatabase());
+    office.GetDatabase().EnsureWritable();
 
     // The run's rows are those written since a minute before its start that were not there
     // before it (the run before may have written one in the same second).

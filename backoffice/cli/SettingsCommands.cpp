@@ -51,6 +51,8 @@ int Load(CommandContext& context) {
     ConnectorSession session(context, "settings load");
     ConnectorSettingsStore& store = session.Office().settingsStore;
     const auto previous = store.StoredText(kSettingsKey1, kSettingsKey2);
+    // The connector says only that it failed; a lock held by another program is said here.
+    session.Office().GetDatabase().EnsureWritable();
     if (!session.Connector().LoadDefaults(xml)) {
         context.err << "kitra-host: o conector recusou as configurações.\n";
         return kExitFailure;
@@ -108,6 +110,7 @@ int Delete(CommandContext& context) {
     }
     RunLock lock(context.dataFolder, "'settings delete'");
     ConnectorSession session(context, "settings delete");
+    session.Office().GetDatabase().EnsureWritable();
     if (!session.Connector().Delete()) return kExitFailure;
     context.out << "Configurações apagadas.\n";
     return kExitOk;
