@@ -1,7 +1,7 @@
 #include "import/MasterDataImport.h"
 
-#include "core/DateTime.h"
 #include "core/Error.h"
+#include "import/ImportDateGuard.h"
 
 namespace kitra {
 namespace {
@@ -10,14 +10,9 @@ constexpr const char* kNoServer =
     "## Erro ## Não foi possível estabelecer comunicação com o Servidor. Verifique as suas "
     "credenciais de acesso ou se o servidor está acessivel.";
 
-// The import date is pasted into the statement, so only a real "yyyy-mm-dd hh:mm:ss" moment
-// may go there; anything else (a hand-edited setting, a quote) is refused before any SQL.
+// The import date is pasted into the statement; the guard keeps out what could change it.
 std::string StatementFor(MasterDataStatement statement, const std::string& entityImportDate) {
-    if (!IsIsoDateTime(entityImportDate)) {
-        throw Error("A data da última importação de entidades '" + entityImportDate +
-                    "' não é uma data válida no formato aaaa-mm-dd hh:mm:ss.");
-    }
-    return statement(entityImportDate);
+    return statement(GuardedImportDate(entityImportDate, "entidades"));
 }
 
 }  // namespace
