@@ -12,6 +12,7 @@
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/ComponentLoader.h"
 #include "backoffice/cli/ConnectorSession.h"
+#include "core/ComponentRegistry.h"
 #include "core/DateTime.h"
 #include "core/Error.h"
 
@@ -115,6 +116,17 @@ int RunRegister(CommandContext& context) {
 
 int RunUnregister(CommandContext& context) {
     ExpectArguments(context, 0, "unregister");
+    // A registered module that is gone (or no longer a component) cannot unregister itself:
+    // its entry is removed from the registry directly.
+    if (const auto entry = FindComponent(kConnectorProgId)) {
+        std::error_code missing;
+        if (!std::filesystem::is_regular_file(entry->modulePath, missing)) {
+            UnregisterComponent(entry->clsid);
+            context.out << "O módulo registado '" << entry->modulePath
+                        << "' já não existe; o registo do componente foi anulado.\n";
+            return kExitOk;
+        }
+    }
     ComponentModule module(ConnectorModulePath());
     const host::HResult result = module.UnregisterServer();
     if (result != host::kOk) throw Error("O componente recusou anular o registo.");

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include "core/Error.h"
+
 namespace kitra::backoffice::cli {
 namespace {
 constexpr const char* kEndOfRun = "A importação chegou ao fim.";
@@ -27,8 +29,13 @@ ConnectorSession::ConnectorSession(CommandContext& context, const std::string& o
     office_.settingsStore.SetOrigin(origin);
     host::InstallHostServices(&services_);
     try {
-        module_ = std::make_unique<ComponentModule>(ConnectorModulePath());
-        connector_ = module_->CreateConnector(ConnectorClassId());
+        try {
+            module_ = std::make_unique<ComponentModule>(ConnectorModulePath());
+            connector_ = module_->CreateConnector(ConnectorClassId());
+        } catch (const Error& error) {
+            if (error.Description().find("KITRA_COMPONENT_REGISTRY") != std::string::npos) throw;
+            throw Error(error.Description() + " " + ComponentHelp());
+        }
         connector_->EventNotifier(notifier_);
         connector_->Init();
     } catch (...) {

@@ -277,5 +277,34 @@ TEST_F(OperatorTest, AnEmptyOrForeignBackOfficeFileIsRefused) {
     EXPECT_NE(Run("state").err.find("não é uma base de dados SQLite"), std::string::npos);
 }
 
+TEST_F(OperatorTest, RegisteringALibraryThatIsNotAComponentFailsClearly) {
+    const std::string library = (folder / "libother.so").string();
+    // Any shared library without the component's entry points: the test program's SQLite will do.
+    fs::copy_file(KITRA_SQLITE_LIBRARY, library);
+    const HostResult r = Run("register " + Quote(library));
+    EXPECT_EQ(r.exit, 1) << r.out;  // not an abort
+    EXPECT_NE(r.err.find("não é um componente: não exporta DllGetClassObject"), std::string::npos) << r.err;
+    EXPECT_FALSE(fs::exists(folder / "registry") && !ReadWhole(folder / "registry").empty());
+}
+
+TEST_F(OperatorTest, UnregisterWorksWhenTheRegisteredModuleIsGone) {
+    const std::string copy = (folder / "POSConnectorKitra.so").string();
+    fs::copy_file(KITRA_CONNECTOR_MODULE_FILE, copy);
+    ASSERT_EQ(Run("register " + Quote(copy)).exit, 0);
+    fs::remove(copy);
+    const HostResult info = Run("info");
+    EXPECT_EQ(info.exit, 1);
+    // The message says where the registry is and how to mend it.
+    EXPECT_NE(info.err.find("O registo de componentes é o ficheiro '" + (folder / "registry").string() + "'"),
+              std::string::npos)
+        << info.err;
+    EXPECT_NE(info.err.find("kitra-host register"), std::string::npos);
+    const HostResult r = Run("unregister");
+    EXPECT_EQ(r.exit, 0) << r.out;
+    EXPECT_NE(r.out.find("já não existe; o registo do componente foi anulado"), std::string::npos) << r.out;
+    EXPECT_EQ(ReadWhole(folder / "registry"), "");
+    EXPECT_EQ(Run("info").exit, 0);  // the module built beside the program again
+}
+
 }  // namespace
 }  // namespace kitra
