@@ -101,6 +101,7 @@ public:
 private:
     std::filesystem::path file_;
     sqlite3* db_ = nullptr;
+    int busyTimeoutMilliseconds_ = kBusyTimeoutMilliseconds;
 };
 
 // A write transaction: BEGIN IMMEDIATE takes the write lock at once, so the busy timeout

@@ -2,6 +2,7 @@
 // get, overwrite, list, and the refusals; then the services with rows in a second table.
 #include <gtest/gtest.h>
 
+#include "backoffice/Schema.h"
 #include "tests/backoffice/TempFolder.h"
 
 namespace kitra::backoffice {
@@ -353,12 +354,14 @@ TEST(Items, AFileOfVersion1GetsTheItemsCostAndNotesWhenOpened) {
     before.CostPrice = 0;
     before.Notes.clear();
     office->items.Save(before, "R1100", true);
-    // Back to what version 1 had: no cost, no notes.
+    // Back to what version 1 had: no cost, no notes (and none of the later versions' settings
+    // history).
     office->GetDatabase().Exec(
         "ALTER TABLE items DROP COLUMN CostPrice; ALTER TABLE items DROP COLUMN Notes; "
+        "ALTER TABLE connector_settings DROP COLUMN UpdatedBy; DROP TABLE connector_settings_history; "
         "PRAGMA user_version=1;");
     office.Reopen();
-    EXPECT_EQ(office->GetDatabase().UserVersion(), 2);
+    EXPECT_EQ(office->GetDatabase().UserVersion(), kSchemaVersion);
     EXPECT_EQ(office->items.Get("R1100"), before);  // upgraded with cost 0 and empty notes
     Item kept = before;
     kept.CostPrice = 1.25;
