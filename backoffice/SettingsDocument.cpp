@@ -120,7 +120,7 @@ SettingsDocument SettingsDocument::Parse(std::string_view text) {
     if (const auto bad = FindNonStrictXml(text)) {
         throw Error(fmt::format(
             "O XML não é válido no elemento que começa na {}: {} tem um \"&\" que não é uma "
-            "referência válida ou um \"<\" (escreva &amp; e &lt;).",
+            "referência válida, um \"<\" (escreva &amp; e &lt;) ou um carácter de controlo.",
             Position(text, bad->elementOffset), bad->where));
     }
     struct DuplicateFinder : pugi::xml_tree_walker {

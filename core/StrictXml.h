@@ -1,7 +1,7 @@
 #pragma once
 // What XML allows in the raw text of an attribute value or of character data: "&" only as the
 // start of one of the five predefined entities or of a character reference to a character XML
-// allows, and no "<" at all. pugixml lets such texts through; the settings reader and the
+// allows, no "<" at all, and no control character but tab, line feed and carriage return. pugixml lets such texts through; the settings reader and the
 // host's settings check both hold a text to these rules, so that what a strict XML parser
 // refuses is refused by both. Header-only: its users link pugixml themselves.
 #include <cstddef>
@@ -20,11 +20,13 @@ inline bool IsXmlCharacter(std::uint32_t code) {
            (code >= 0xE000 && code <= 0xFFFD) || (code >= 0x10000 && code <= 0x10FFFF);
 }
 
-// The offset in `raw` of the first "&" or "<" that XML does not allow there; nothing when the
-// text is clean.
+// The offset in `raw` of the first "&", "<" or control character that XML does not allow
+// there; nothing when the text is clean.
 inline std::optional<std::size_t> FirstBadXmlReference(std::string_view raw) {
     for (std::size_t i = 0; i < raw.size(); ++i) {
         if (raw[i] == '<') return i;
+        if (static_cast<unsigned char>(raw[i]) < 0x20 && !IsXmlCharacter(static_cast<unsigned char>(raw[i])))
+            return i;
         if (raw[i] != '&') continue;
         const std::size_t end = raw.find(';', i + 1);
         if (end == std::string_view::npos) return i;

@@ -37,7 +37,10 @@ protected:
                "\" ImportDateTransactions=\"2010-01-01 00:00:00\"/></Restaurants><TenderEquivalence/>"
                "<TaxableGroupEquivalence/></KitraConnectorSetting>";
     }
-    std::string GoodSettings() const { return Settings(database_->Server().password, database_->Name()); }
+    // Stores settings whose one restaurant is the scratch database, as the test user.
+    void LoadGoodSettings() {
+        ASSERT_EQ(Run("settings load " + WriteSettings(Settings(database_->Server().password, database_->Name()))).exit, 0);
+    }
 
     bool SalesmanImported(double id) {
         backoffice::BackOffice office(Data());
@@ -60,7 +63,7 @@ TEST_F(OperatorRestaurantTest, CheckCountsThePendingRowsAndSeesTheClocksAgree) {
         "(1, 'Ana', '1', '2', '2024-01-01 00:00:00'), (2, 'Rui', '1', '2', '2024-01-01 00:00:00'), "
         "(3, 'Eva', '1', '2', '2009-01-01 00:00:00');"
         "INSERT INTO families (code, description, ModifyDate) VALUES ('10', 'Bebidas', '2024-01-01 00:00:00');");
-    ASSERT_EQ(Run("settings load " + WriteSettings(GoodSettings())).exit, 0);
+    LoadGoodSettings();
     const HostResult json = Run("check --json");
     EXPECT_EQ(json.exit, 0) << json.out;
     EXPECT_TRUE(json.out.starts_with("{\"ok\":true,\"settingsValid\":true,\"restaurants\":[{\"name\":\"Centro\","
@@ -77,7 +80,7 @@ TEST_F(OperatorRestaurantTest, CheckCountsThePendingRowsAndSeesTheClocksAgree) {
 }
 
 TEST_F(OperatorRestaurantTest, CheckWarnsOfASkewedClock) {
-    ASSERT_EQ(Run("settings load " + WriteSettings(GoodSettings())).exit, 0);
+    LoadGoodSettings();
     // This machine's clock read three hours off the server's: a time zone that differs.
     const HostResult r = Run("check --json", "TZ=XYZ+3");
     EXPECT_EQ(r.exit, 3) << r.out;
@@ -111,7 +114,7 @@ TEST_F(OperatorRestaurantTest, StateSetThenExecuteImportsWhatAFailedRunSkipped) 
     database_->Execute(
         "INSERT INTO salesmans (SalesmanID, SalesmanName, Telephone, MobilePhone, ModifyDate) VALUES "
         "(11, 'Ana', NULL, '2', '2024-01-01 00:00:00'), (12, 'Rui', '1', '2', '2024-01-01 00:00:00')");
-    ASSERT_EQ(Run("settings load " + WriteSettings(GoodSettings())).exit, 0);
+    LoadGoodSettings();
     const HostResult failed = Run("execute");
     EXPECT_EQ(failed.exit, 3) << failed.out;
     EXPECT_NE(failed.err.find("o restaurante 'Centro' teve erros: Vendedores - ## Erro ## ao importar a tabela de "

@@ -164,6 +164,7 @@ TEST_F(KitraConnectorSettingTest, NotWellFormedTextChangesNothing) {
         "<KitraConnectorSetting InvoiceTransDocument=\"&#0;\"/>",
         "<KitraConnectorSetting InvoiceTransDocument=\"&#xZZ;\"/>",
         "<KitraConnectorSetting InvoiceTransDocument=\"X\">a & b</KitraConnectorSetting>",
+        "<KitraConnectorSetting InvoiceTransDocument=\"A\x18" "B\"/>",
     };
     for (const std::string& text : broken) {
         SCOPED_TRACE(text);
