@@ -166,6 +166,8 @@ BackOffice::BackOffice(const std::filesystem::path& dataFolder, const std::files
     UpgradeSchema(database_);
 }
 
+void BackOffice::Require(const std::filesystem::path& dataFolder) { OpenableFile(dataFolder); }
+
 void BackOffice::Create(const std::filesystem::path& dataFolder) {
     const std::filesystem::path file = FileIn(dataFolder);
     if (PathTaken(file)) throw AlreadyThere(dataFolder);

@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include "backoffice/BackOffice.h"
 #include "core/Error.h"
 
 namespace kitra::backoffice {
@@ -28,6 +29,7 @@ std::string HolderOf(int descriptor) {
 }  // namespace
 
 RunLock::RunLock(const std::filesystem::path& dataFolder, const std::string& what) {
+    BackOffice::Require(dataFolder);  // no lock file is left in a folder without a back office
     const std::filesystem::path file = dataFolder / kRunLockFileName;
     descriptor_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     if (descriptor_ < 0) {

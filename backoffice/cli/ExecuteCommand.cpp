@@ -68,7 +68,13 @@ int RunExecute(CommandContext& context) {
                        "com 'kitra-host settings load FICHEIRO'.\n";
         return kExitFailure;
     }
-    const std::vector<RestaurantSettings> restaurants = StoredRestaurants(stored);
+    std::vector<RestaurantSettings> restaurants;
+    std::string unreadable;  // why the stored settings cannot be read, when they cannot
+    try {
+        restaurants = SettingsDocument::Parse(*stored).Restaurants();
+    } catch (const Error& error) {
+        unreadable = error.Description();
+    }
     office.GetDatabase().EnsureWritable();
 
     // The run's rows are those written since a minute before its start that were not there
@@ -120,6 +126,15 @@ int RunExecute(CommandContext& context) {
                        "recue-as:\n  kitra-host state set '"
                     << restaurant.name << "' --entities '" << restaurant.importDateEntities
                     << "' --transactions '" << restaurant.importDateTransactions << "'\n";
+    }
+    if (!unreadable.empty()) {
+        // The connector reads such a text as empty settings and saves them; the text itself was
+        // kept in the settings history when they were saved.
+        context.err << "kitra-host: as configurações guardadas não se deixavam ler (" << unreadable
+                    << "): nenhum restaurante foi importado e a importação guardou configurações "
+                       "vazias. A versão anterior está em 'kitra-host settings history'; "
+                       "reponha-a com 'kitra-host settings restore N' e corrija-a.\n";
+        return ended ? kExitAttention : kExitFailure;
     }
     if (!ended) {
         context.err << "kitra-host: a importação não chegou ao fim; as novas datas de importação "

@@ -247,6 +247,36 @@ TEST_F(OperatorTest, ALogRowThatCannotBeStoredIsKeptInTheLogFolderAndReported) {
     EXPECT_EQ(kept, 1);
 }
 
+TEST_F(OperatorTest, ARunOverUnreadableSettingsSaysSoAndTheirTextCanBeRestored) {
+    // A text stored by an older program, with a bare "&": the connector reads it as empty.
+    const std::string unreadable = Settings(Restaurant("Centro", "a&b"));
+    {
+        backoffice::BackOffice office(Data());
+        office.settingsStore.SaveText(backoffice::kSettingsKey1, backoffice::kSettingsKey2, unreadable);
+    }
+    const HostResult run = Run("execute");
+    EXPECT_EQ(run.exit, 3) << run.out;
+    EXPECT_NE(run.err.find("as configurações guardadas não se deixavam ler"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("kitra-host settings restore N"), std::string::npos) << run.err;
+    EXPECT_EQ(Run("state").out, "Restaurante\tEntidades\tTransacções\n");  // saved empty by the run
+    const HostResult history = Run("settings history");
+    ASSERT_TRUE(history.out.starts_with("N\tguardada em\tpor\tsubstituída em\tpor\trestaurantes\n1\t")) << history.out;
+    EXPECT_NE(history.out.find("\texecute\t?\n"), std::string::npos) << history.out;
+    EXPECT_EQ(Run("settings restore 1").exit, 0);
+    EXPECT_EQ(Run("settings show --reveal").out, unreadable + "\n");
+}
+
+TEST_F(OperatorTest, CommandsOnAFolderWithoutABackOfficeLeaveNothingThere) {
+    fs::remove_all(Data());
+    fs::create_directories(Data());
+    for (const char* command : {"execute", "state set Centro --entities '2020-01-01 00:00:00'", "reset-data"}) {
+        const HostResult r = Run(command);
+        EXPECT_EQ(r.exit, 1) << command;
+        EXPECT_NE(r.err.find("Não existe nenhuma retaguarda na pasta"), std::string::npos) << r.err;
+    }
+    EXPECT_TRUE(fs::is_empty(Data()));
+}
+
 TEST_F(OperatorTest, AnEmptyOrForeignBackOfficeFileIsRefused) {
     fs::remove_all(Data());
     fs::create_directories(Data());
