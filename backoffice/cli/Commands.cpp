@@ -51,8 +51,8 @@ const std::vector<Command>& AllCommands() {
          "pendentes, configurações.",
          &RunCheck},
         {"execute", "[--quiet|--verbose]",
-         "Importa os restaurantes configurados. Sai com 0 (tudo importado), 3 (algum "
-         "restaurante com erros ou inacessível) ou 1 (a importação não chegou ao fim).",
+         "Importa os restaurantes configurados; --quiet mostra só os resumos, --verbose "
+         "também cada registo importado (códigos de saída abaixo).",
          &RunExecute},
         {"state", "[set RESTAURANTE [--entities DATA] [--transactions DATA]]",
          "Mostra as datas da última importação de cada restaurante, ou muda-as (DATA: "

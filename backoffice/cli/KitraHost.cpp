@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <optional>
+#include <sstream>
 #include <ostream>
 
 #include "backoffice/cli/Command.h"
@@ -12,11 +13,39 @@ namespace {
 
 constexpr const char* kProgram = "kitra-host";
 
+// Characters, not bytes: an accented letter takes one column.
+std::size_t Columns(const std::string& text) {
+    std::size_t columns = 0;
+    for (char c : text) columns += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    return columns;
+}
+
+// A command's summary in lines of at most 80 columns, each under the one before; the first
+// starts where every summary starts.
+std::string Wrapped(const std::string& summary) {
+    constexpr std::size_t kWidth = 80, kIndent = 17;
+    std::string text, word;
+    std::size_t column = kIndent;
+    std::istringstream words(summary);
+    while (words >> word) {
+        if (column > kIndent && column + 1 + Columns(word) > kWidth) {
+            text += "\n" + std::string(kIndent, ' ');
+            column = kIndent;
+        } else if (column > kIndent) {
+            text += ' ';
+            ++column;
+        }
+        text += word;
+        column += Columns(word);
+    }
+    return text;
+}
+
 void PrintHelp(std::ostream& out) {
     out << "Uso: " << kProgram << " [--data PASTA] COMANDO [ARGUMENTOS]\n"
         << "     " << kProgram << " --help\n\n"
         << "A retaguarda de referência: uma base de dados SQLite (" << "backoffice.sqlite"
-        << ") numa pasta de dados.\n\n"
+        << ")\nnuma pasta de dados.\n\n"
         << "Comandos:\n";
     for (const Command& command : AllCommands()) {
         std::string head = command.name + (command.arguments.empty() ? "" : " " + command.arguments);
@@ -26,7 +55,7 @@ void PrintHelp(std::ostream& out) {
         } else {
             head += "\n" + std::string(16, ' ');
         }
-        out << "  " << head << " " << command.summary << "\n";
+        out << "  " << head << " " << Wrapped(command.summary) << "\n";
     }
     out << "  help           Mostra esta ajuda.\n\n"
         << "Opções:\n"
