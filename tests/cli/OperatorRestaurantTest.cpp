@@ -47,6 +47,12 @@ protected:
         return office.salesmen.Exists(id);
     }
 
+    // Salesmen on the restaurant: "(SalesmanID, 'name', telephone, mobile, 'ModifyDate'), ...".
+    void AddSalesmen(const std::string& rows) {
+        database_->Execute("INSERT INTO salesmans (SalesmanID, SalesmanName, Telephone, MobilePhone, ModifyDate) "
+                           "VALUES " + rows);
+    }
+
     // Two runs of one restaurant within one second would write the same log key; the second's
     // row would not be stored (and the run would say so). Tests that run again wait.
     static void NextSecond() {
@@ -58,11 +64,9 @@ protected:
 };
 
 TEST_F(OperatorRestaurantTest, CheckCountsThePendingRowsAndSeesTheClocksAgree) {
-    database_->Execute(
-        "INSERT INTO salesmans (SalesmanID, SalesmanName, Telephone, MobilePhone, ModifyDate) VALUES "
-        "(1, 'Ana', '1', '2', '2024-01-01 00:00:00'), (2, 'Rui', '1', '2', '2024-01-01 00:00:00'), "
-        "(3, 'Eva', '1', '2', '2009-01-01 00:00:00');"
-        "INSERT INTO families (code, description, ModifyDate) VALUES ('10', 'Bebidas', '2024-01-01 00:00:00');");
+    AddSalesmen("(1, 'Ana', '1', '2', '2024-01-01 00:00:00'), (2, 'Rui', '1', '2', '2024-01-01 00:00:00'), "
+                "(3, 'Eva', '1', '2', '2009-01-01 00:00:00')");
+    database_->Execute("INSERT INTO families (code, description, ModifyDate) VALUES ('10', 'Bebidas', '2024-01-01 00:00:00')");
     LoadGoodSettings();
     const HostResult json = Run("check --json");
     EXPECT_EQ(json.exit, 0) << json.out;
@@ -111,9 +115,7 @@ TEST_F(OperatorRestaurantTest, CheckGivesTheDriversReason) {
 
 TEST_F(OperatorRestaurantTest, StateSetThenExecuteImportsWhatAFailedRunSkipped) {
     // Ana's NULL telephone ends the salesmen's import before Rui.
-    database_->Execute(
-        "INSERT INTO salesmans (SalesmanID, SalesmanName, Telephone, MobilePhone, ModifyDate) VALUES "
-        "(11, 'Ana', NULL, '2', '2024-01-01 00:00:00'), (12, 'Rui', '1', '2', '2024-01-01 00:00:00')");
+    AddSalesmen("(11, 'Ana', NULL, '2', '2024-01-01 00:00:00'), (12, 'Rui', '1', '2', '2024-01-01 00:00:00')");
     LoadGoodSettings();
     const HostResult failed = Run("execute");
     EXPECT_EQ(failed.exit, 3) << failed.out;
