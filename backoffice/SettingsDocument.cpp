@@ -58,6 +58,13 @@ std::string Position(std::string_view text, std::ptrdiff_t offset) {
     return fmt::format("linha {}, coluna {}", line, column);
 }
 
+// How many characters a UTF-8 text holds (the log table counts characters, not bytes).
+std::size_t Characters(std::string_view text) {
+    std::size_t count = 0;
+    for (char c : text) count += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    return count;
+}
+
 // The offset of the first byte that is not part of valid UTF-8 (or is a NUL); nothing if none.
 std::optional<std::size_t> FirstNonText(std::string_view text) {
     for (std::size_t i = 0; i < text.size();) {
@@ -181,7 +188,7 @@ std::vector<std::string> SettingsDocument::Problems() const {
         if (r.name.empty()) problems.push_back("Há um restaurante sem nome (atributo Name).");
         if (!r.name.empty() && !names.insert(r.name).second)
             problems.push_back(who + "o nome repete-se; cada restaurante tem um nome seu.");
-        if (r.name.size() > kRestaurantNameLimit) {
+        if (Characters(r.name) > kRestaurantNameLimit) {
             problems.push_back(fmt::format(
                 "{}o nome tem mais de {} caracteres, que é o que o log de importações guarda.",
                 who, kRestaurantNameLimit));

@@ -167,6 +167,13 @@ TEST_F(OperatorTest, ASettingsFileThatIsNotUsableLeavesTheStoredSettingsByteForB
     EXPECT_EQ(Run("settings history").out, "Não há versões anteriores das configurações.\n");
 }
 
+TEST_F(OperatorTest, ARestaurantNameIsMeasuredInCharacters) {
+    // 25 characters in 27 bytes: what the log table holds.
+    const std::string name = "Restaurante São João Baptis";
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant(name.substr(0, name.size() - 2))))).exit, 0);
+    EXPECT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant(name + "ta")))).exit, 1);
+}
+
 TEST_F(OperatorTest, UnknownAttributesAreWarnings) {
     const HostResult r = Run("settings load " +
                              WriteSettings(Settings(Restaurant("Centro", "p", " SeverPort=\"3306\""))));
