@@ -4,6 +4,10 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string>
+#include <vector>
+
+#include <sqlite3.h>
 
 #include <fmt/format.h>
 
@@ -19,7 +23,87 @@ bool PathTaken(const std::filesystem::path& path) {
            std::filesystem::file_type::not_found;
 }
 
+// What a file named backoffice.sqlite holds, looked at read-only: nothing is changed in a file
+// that turns out not to be a back office.
+struct FileContents {
+    enum class Kind { BackOffice, Empty, NotADatabase, Foreign } kind = Kind::Empty;
+    std::string detail;  // the foreign file's tables, or SQLite's reason
+};
+
+FileContents Inspect(const std::filesystem::path& file) {
+    std::error_code error;
+    if (std::filesystem::is_regular_file(file, error) && std::filesystem::file_size(file, error) == 0)
+        return {FileContents::Kind::Empty, {}};
+    sqlite3* db = nullptr;
+    int rc = sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
+    FileContents contents;
+    std::vector<std::string> tables;
+    bool hasCompany = false;
+    int version = 0;
+    sqlite3_stmt* statement = nullptr;
+    if (rc == SQLITE_OK) {
+        rc = sqlite3_prepare_v2(db,
+                                "SELECT name FROM sqlite_master WHERE type='table' AND name NOT "
+                                "LIKE 'sqlite_%' ORDER BY name",
+                                -1, &statement, nullptr);
+    }
+    while (rc == SQLITE_OK || rc == SQLITE_ROW) {
+        rc = sqlite3_step(statement);
+        if (rc != SQLITE_ROW) break;
+        const std::string name = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+        hasCompany = hasCompany || name == "company";
+        tables.push_back(name);
+    }
+    sqlite3_finalize(statement);
+    if (rc == SQLITE_DONE &&
+        sqlite3_prepare_v2(db, "PRAGMA user_version", -1, &statement, nullptr) == SQLITE_OK &&
+        sqlite3_step(statement) == SQLITE_ROW) {
+        version = sqlite3_column_int(statement, 0);
+    }
+    sqlite3_finalize(statement);
+    if (rc != SQLITE_DONE) {
+        contents.kind = FileContents::Kind::NotADatabase;
+        contents.detail = db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(rc);
+    } else if (tables.empty()) {
+        contents.kind = FileContents::Kind::Empty;
+    } else if (hasCompany && version >= 1) {
+        contents.kind = FileContents::Kind::BackOffice;
+    } else {
+        contents.kind = FileContents::Kind::Foreign;
+        for (const std::string& table : tables)
+            contents.detail += (contents.detail.empty() ? "" : ", ") + table;
+    }
+    sqlite3_close(db);
+    return contents;
+}
+
+// What is in the way, said so that the user knows what to do with it; empty for a back office.
+std::string WhatIsThere(const std::filesystem::path& file) {
+    const FileContents contents = Inspect(file);
+    switch (contents.kind) {
+        case FileContents::Kind::BackOffice:
+            return {};
+        case FileContents::Kind::Empty:
+            return fmt::format("O ficheiro '{}' existe mas está vazio: não é uma retaguarda.",
+                               file.string());
+        case FileContents::Kind::NotADatabase:
+            return fmt::format("O ficheiro '{}' não é uma base de dados SQLite ({}).",
+                               file.string(), contents.detail);
+        case FileContents::Kind::Foreign:
+            return fmt::format(
+                "O ficheiro '{}' é uma base de dados de outro programa, não uma retaguarda "
+                "(tabelas: {}).",
+                file.string(), contents.detail);
+    }
+    return {};
+}
+
 Error AlreadyThere(const std::filesystem::path& dataFolder) {
+    const std::string what = WhatIsThere(BackOffice::FileIn(dataFolder));
+    if (!what.empty()) {
+        return Error(what + " Nada foi alterado. Mude-o de sítio (ou apague-o, se não for "
+                            "preciso) ou escolha outra pasta de dados com --data.");
+    }
     return Error(fmt::format("Já existe uma retaguarda na pasta '{}'. Nada foi alterado.",
                              dataFolder.string()));
 }
@@ -37,6 +121,12 @@ std::filesystem::path OpenableFile(const std::filesystem::path& dataFolder) {
             "Não existe nenhuma retaguarda na pasta '{}'. Crie-a com 'kitra-host init'.",
             dataFolder.string()));
     }
+    // An empty or foreign file would otherwise be given the schema and become a back office
+    // without a company.
+    if (const std::string what = WhatIsThere(file); !what.empty()) {
+        throw Error(what + " Nada foi alterado. Crie uma retaguarda com 'kitra-host init' "
+                           "numa pasta de dados sem esse ficheiro.");
+    }
     return file;
 }
 
@@ -51,7 +141,7 @@ BackOffice::BackOffice(const std::filesystem::path& dataFolder, const std::files
       database_(file, mode),
       application(database_, dataFolder_),
       settingsStore(database_),
-      connection(database_),
+      connection(database_, application),
       schema(database_),
       statements(database_, application.GeneralDateForm()),
       compaction(database_),
@@ -77,6 +167,8 @@ BackOffice::BackOffice(const std::filesystem::path& dataFolder, const std::files
       accountTransactions(database_) {
     UpgradeSchema(database_);
 }
+
+void BackOffice::Require(const std::filesystem::path& dataFolder) { OpenableFile(dataFolder); }
 
 void BackOffice::Create(const std::filesystem::path& dataFolder) {
     const std::filesystem::path file = FileIn(dataFolder);

@@ -44,6 +44,10 @@ public:
     // folder already holds a back office.
     static void Create(const std::filesystem::path& dataFolder);
 
+    // Fails with the Error that opening would give when the data folder holds no back office
+    // (no file, or a file that is empty or another program's); opens nothing.
+    static void Require(const std::filesystem::path& dataFolder);
+
     static std::filesystem::path FileIn(const std::filesystem::path& dataFolder) {
         return dataFolder / kBackOfficeFileName;
     }

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <climits>
 #include <cmath>
+#include <cstdlib>
 
 #include <fmt/format.h>
 
@@ -30,7 +31,31 @@ DeclaredKind KindOf(const char* declaredType) {
     return DeclaredKind::Other;
 }
 
+// The message of a failure caused by another program's lock, with SQLite's own words after it.
+std::string LockedMessage(const std::filesystem::path& file, int waitedMilliseconds,
+                          std::string_view detail) {
+    return fmt::format(
+        "A retaguarda '{}' está bloqueada por outro programa: esperou {} s que ele terminasse a "
+        "escrita e desistiu. Feche ou deixe terminar esse programa e tente de novo. ({})",
+        file.string(), waitedMilliseconds / 1000.0, detail);
+}
+
 }  // namespace
+
+int BusyTimeoutMilliseconds() {
+    if (const char* text = std::getenv("KITRA_HOST_BUSY_TIMEOUT_MS"); text != nullptr && *text) {
+        char* end = nullptr;
+        const long value = std::strtol(text, &end, 10);
+        if (end != nullptr && *end == '\0' && value >= 0 && value <= INT_MAX)
+            return static_cast<int>(value);
+    }
+    return kBusyTimeoutMilliseconds;
+}
+
+bool IsLockedByAnother(int sqliteCode) {
+    const int primary = sqliteCode & 0xff;
+    return primary == SQLITE_BUSY || primary == SQLITE_LOCKED;
+}
 
 // ---------------------------------------------------------------- Statement
 
@@ -198,7 +223,8 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
                     rc);
     }
     sqlite3_extended_result_codes(db_, 1);
-    sqlite3_busy_timeout(db_, kBusyTimeoutMilliseconds);
+    busyTimeoutMilliseconds_ = BusyTimeoutMilliseconds();
+    sqlite3_busy_timeout(db_, busyTimeoutMilliseconds_);
     try {
         // WAL is a property of the file; switching needs a moment of exclusive access, so it is
         // done only when the file is not in WAL yet (in practice: when it is created).
@@ -231,8 +257,14 @@ void Database::Exec(std::string_view sql) {
     if (rc != SQLITE_OK) {
         const std::string detail = message != nullptr ? message : sqlite3_errstr(rc);
         sqlite3_free(message);
+        if (IsLockedByAnother(rc)) throw Error(LockedMessage(file_, busyTimeoutMilliseconds_, detail), rc);
         throw Error(fmt::format("Erro na base de dados da retaguarda: {}", detail), rc);
     }
+}
+
+void Database::EnsureWritable() {
+    Exec("BEGIN IMMEDIATE");
+    Exec("ROLLBACK");
 }
 
 long Database::Changes() const { return sqlite3_changes(db_); }
@@ -246,6 +278,7 @@ int Database::UserVersion() const {
 
 Error Database::Failure(int code, std::string_view doing) const {
     const char* message = db_ != nullptr ? sqlite3_errmsg(db_) : sqlite3_errstr(code);
+    if (IsLockedByAnother(code)) return Error(LockedMessage(file_, busyTimeoutMilliseconds_, message), code);
     return Error(fmt::format("Erro na base de dados da retaguarda ao {}: {}", doing, message),
                  code);
 }

@@ -18,8 +18,18 @@ struct sqlite3_stmt;
 
 namespace kitra::backoffice {
 
-// How long a connection waits for another connection's write lock before it gives up.
-inline constexpr int kBusyTimeoutMilliseconds = 10000;
+// How long a connection waits for another program's write lock before it gives up: 30 s. A
+// back-office user's ordinary transaction (saving a document, a change of prices, a compaction
+// of a shop's file) holds the lock for well under a second, so 30 s covers it with a wide margin
+// while a lock that is never let go still ends in a clear message instead of a hang.
+inline constexpr int kBusyTimeoutMilliseconds = 30000;
+
+// The busy timeout in force: $KITRA_HOST_BUSY_TIMEOUT_MS when it holds a whole number of
+// milliseconds (for tests and for sites with unusually long back-office jobs), else the above.
+int BusyTimeoutMilliseconds();
+
+// Whether an SQLite result code says another connection holds the lock that was needed.
+bool IsLockedByAnother(int sqliteCode);
 
 class Database;
 
@@ -79,15 +89,22 @@ public:
     // The key of the row the last INSERT on this connection added.
     std::int64_t LastInsertKey() const;
 
+    // Waits for the write lock as any write would (the busy timeout), and lets it go at once: a
+    // back office that another program keeps locked is reported before work starts whose every
+    // write would otherwise fail on its own.
+    void EnsureWritable();
+
     // The schema version kept in the file (PRAGMA user_version); the upgrade scripts set it.
     int UserVersion() const;
 
-    // An Error that carries SQLite's own message for the last failure on this connection.
+    // An Error that carries SQLite's own message for the last failure on this connection; when
+    // the failure is another program's lock, the message says so in the user's terms.
     Error Failure(int code, std::string_view doing) const;
 
 private:
     std::filesystem::path file_;
     sqlite3* db_ = nullptr;
+    int busyTimeoutMilliseconds_ = kBusyTimeoutMilliseconds;
 };
 
 // A write transaction: BEGIN IMMEDIATE takes the write lock at once, so the busy timeout

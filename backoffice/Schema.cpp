@@ -224,12 +224,33 @@ ALTER TABLE items ADD COLUMN Notes TEXT NOT NULL DEFAULT '';
 PRAGMA user_version=2;
 )sql";
 
-// Version 3: documents. A document (sale, credit sale, stock or cash document) is identified by
+// Version 3: the connectors' settings remember which command or run stored them, and every
+// settings text is kept in a history before another replaces or deletes it, so that no
+// settings are lost to a mistaken load or to a run that could not read them.
+constexpr const char* kVersion3 = R"sql(
+ALTER TABLE connector_settings ADD COLUMN UpdatedBy TEXT NOT NULL DEFAULT '';
+
+CREATE TABLE connector_settings_history (
+    HistoryID INTEGER PRIMARY KEY,
+    Key1 TEXT NOT NULL,
+    Key2 TEXT NOT NULL,
+    SettingXml TEXT NOT NULL,
+    StoredDate DATETIME NOT NULL,
+    StoredBy TEXT NOT NULL DEFAULT '',
+    ReplacedDate DATETIME NOT NULL,
+    ReplacedBy TEXT NOT NULL DEFAULT ''
+);
+CREATE INDEX connector_settings_history_by_keys ON connector_settings_history (Key1, Key2, HistoryID);
+
+PRAGMA user_version=3;
+)sql";
+
+// Version 4: documents. A document (sale, credit sale, stock or cash document) is identified by
 // type + series + number; its lines, VAT by taxable group, payments (with the card detail of
 // card payments), stock movements and current-account entry hang off its DocumentKey and are
 // written in the same transaction as the document. Replaced and voided versions are kept in
 // document_history. A workstation names the warehouse its documents move stock in by default.
-constexpr const char* kVersion3 = R"sql(
+constexpr const char* kVersion4 = R"sql(
 ALTER TABLE workstations ADD COLUMN WarehouseID INTEGER NOT NULL DEFAULT 1;
 
 CREATE TABLE documents (
@@ -387,11 +408,11 @@ CREATE TABLE document_history (
 );
 CREATE INDEX document_history_by_document ON document_history (DocumentKey);
 
-PRAGMA user_version=3;
+PRAGMA user_version=4;
 )sql";
 
 // Step k brings a file of version k-1 to version k, and ends by writing k as the version.
-constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3};
+constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3, kVersion4};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 }  // namespace
@@ -416,8 +437,9 @@ void UpgradeSchema(Database& database) {
 
 std::vector<std::string> SchemaTables() {
     std::vector<std::string> tables = {
-        "account_entries", "account_settlements", "card_payments", "cash_movements", "document_history", "document_lines",
-        "document_payments", "document_taxes", "documents", "item_stock", "stock_movements",
+        "account_entries", "account_settlements", "card_payments", "cash_movements",
+        "document_history", "document_lines", "document_payments", "document_taxes",
+        "documents", "item_stock", "stock_movements", "connector_settings_history",
         "company",        "connector_settings", "customer_types", "customers",
         "document_series", "document_types",    "families",       "item_prices",
         "items",          "payment_terms",      "places",         "sales_zones",

@@ -46,7 +46,14 @@ std::string KitraConnector::ConnectorID() { return "Quarn.Mercatill.Connector.Ki
 std::string KitraConnector::Description() { return "Integrador KitranaII"; }
 
 std::string KitraConnector::Signature(const std::string& text) {
-    return host::CurrentHostServices().signature->Sign(text);
+    // Trapped like every other public member: a host without a signature service, or one whose
+    // service fails, gets an empty signature rather than an exception across the interface.
+    try {
+        const host::ISignatureService* signature = host::CurrentHostServices().signature;
+        return signature != nullptr ? signature->Sign(text) : std::string();
+    } catch (...) {
+        return {};
+    }
 }
 
 bool KitraConnector::HasUISetting() { return true; }

@@ -1,7 +1,7 @@
 #include "import/MasterDataImport.h"
 
-#include "core/DateTime.h"
 #include "core/Error.h"
+#include "import/ImportDateGuard.h"
 
 namespace kitra {
 namespace {
@@ -10,19 +10,12 @@ constexpr const char* kNoServer =
     "## Erro ## Não foi possível estabelecer comunicação com o Servidor. Verifique as suas "
     "credenciais de acesso ou se o servidor está acessivel.";
 
-// The import date is pasted into the statement, so only a real "yyyy-mm-dd hh:mm:ss" moment
-// may go there; anything else (a hand-edited setting, a quote) is refused before any SQL.
+// The import date is pasted into the statement; the guard keeps out what could change it.
 std::string StatementFor(MasterDataStatement statement, const Restaurant& restaurant,
                          ImportDateKind kind) {
-    const bool entities = kind == ImportDateKind::Entities;
-    const std::string& date =
-        entities ? restaurant.ImportDateEntities : restaurant.ImportDateTransactions;
-    if (!IsIsoDateTime(date)) {
-        throw Error(std::string("A data da última importação de ") +
-                    (entities ? "entidades" : "transacções") + " '" + date +
-                    "' não é uma data válida no formato aaaa-mm-dd hh:mm:ss.");
-    }
-    return statement(date);
+    if (kind == ImportDateKind::Entities)
+        return statement(GuardedImportDate(restaurant.ImportDateEntities, "entidades"));
+    return statement(GuardedImportDate(restaurant.ImportDateTransactions, "transacções"));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "core/Numbers.h"
 #include "core/Text.h"
+#include "core/StrictXml.h"
 
 namespace kitra::settings_xml {
 namespace {
@@ -25,9 +26,8 @@ bool HasDuplicateAttribute(pugi::xml_node element, std::vector<std::string_view>
 }
 
 // The parser lets through a few things that are not XML: text or a second element beside the
-// root, and an attribute given twice. Those texts are refused like any other broken text. What it
-// still accepts (a bare "&" or "<" inside an attribute value, an unknown entity) is read as it
-// stands; the settings are never written that way.
+// root, an attribute given twice, a bare "&" or "<" inside a value, an unknown entity. Those
+// texts are refused like any other broken text (Load checks the last two).
 bool IsWellFormedTree(const pugi::xml_document& document) {
     int elements = 0;
     for (pugi::xml_node node : document.children()) {
@@ -82,7 +82,7 @@ bool Load(std::string_view text, pugi::xml_document& document) noexcept {
         const unsigned options = pugi::parse_default | pugi::parse_fragment;
         const pugi::xml_parse_result result =
             document.load_buffer(text.data(), text.size(), options, pugi::encoding_utf8);
-        return result && IsWellFormedTree(document);
+        return result && IsWellFormedTree(document) && !FindNonStrictXml(text);
     } catch (...) {
         return false;
     }

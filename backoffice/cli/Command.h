@@ -4,6 +4,7 @@
 // all, picks the command by name and turns its errors into messages and exit codes.
 #include <filesystem>
 #include <iosfwd>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,6 +14,9 @@ namespace kitra::backoffice::cli {
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailure = 1;  // the command could not do its work
 inline constexpr int kExitUsage = 2;    // the command line was wrong
+// The run reached its end, but some restaurant had errors or could not be reached (execute);
+// something needs attention (check).
+inline constexpr int kExitAttention = 3;
 
 // A mistake in the command line; the dispatcher prints it with a pointer to the help.
 class UsageError : public std::runtime_error {
@@ -22,20 +26,28 @@ public:
 
 struct CommandContext {
     std::filesystem::path dataFolder;
-    std::vector<std::string> arguments;  // what follows the command's name, options removed
+    // What follows the command's name, without the program's own options; the command's own
+    // options ("--yes", "--json", "--entities DATE", ...) are still among them until taken.
+    std::vector<std::string> arguments;
     std::istream* in = nullptr;          // null when nobody can answer questions
     std::ostream& out;
     std::ostream& err;
+
+    // Removes the flag from the arguments; whether it was there.
+    bool TakeFlag(const std::string& flag);
+    // Removes "--name VALUE" or "--name=VALUE" from the arguments and gives the value.
+    std::optional<std::string> TakeOption(const std::string& name);
 };
+
+// Fails with the usage when the arguments are not `count` plain words (an option the command
+// did not take is a mistake too).
+void ExpectArguments(const CommandContext& context, std::size_t count, const std::string& usage);
 
 struct Command {
     std::string name;
     std::string arguments;  // as shown in the help, e.g. "" or "NOME"
     std::string summary;    // one line, shown in the help
     int (*run)(CommandContext& context);
-    // The command's own options, each followed by a value ("--from DATE" or "--from=DATE");
-    // they reach the command among its arguments, as "--from" and the value.
-    std::vector<std::string> valueOptions = {};
 };
 
 // Every command, in the order the help lists them.
@@ -48,6 +60,8 @@ int RunValidate(CommandContext& context);
 int RunExecute(CommandContext& context);
 int RunLog(CommandContext& context);
 int RunResetData(CommandContext& context);
+int RunState(CommandContext& context);
+int RunCheck(CommandContext& context);
 int RunRegister(CommandContext& context);
 int RunUnregister(CommandContext& context);
 int RunReport(CommandContext& context);

@@ -1,16 +1,63 @@
 #include "backoffice/cli/Command.h"
 
+#include <algorithm>
+
 namespace kitra::backoffice::cli {
+
+bool CommandContext::TakeFlag(const std::string& flag) {
+    const auto found = std::find(arguments.begin(), arguments.end(), flag);
+    if (found == arguments.end()) return false;
+    arguments.erase(found);
+    return true;
+}
+
+std::optional<std::string> CommandContext::TakeOption(const std::string& name) {
+    for (auto it = arguments.begin(); it != arguments.end(); ++it) {
+        if (*it == name) {
+            if (it + 1 == arguments.end()) throw UsageError("Falta o valor depois de '" + name + "'.");
+            std::string value = *(it + 1);
+            arguments.erase(it, it + 2);
+            return value;
+        }
+        if (it->starts_with(name + "=")) {
+            std::string value = it->substr(name.size() + 1);
+            arguments.erase(it);
+            return value;
+        }
+    }
+    return std::nullopt;
+}
+
+void ExpectArguments(const CommandContext& context, std::size_t count, const std::string& usage) {
+    for (const std::string& argument : context.arguments) {
+        if (argument.size() > 1 && argument[0] == '-')
+            throw UsageError("Opção desconhecida: '" + argument + "'. Uso: kitra-host " + usage);
+    }
+    if (context.arguments.size() != count) throw UsageError("Uso: kitra-host " + usage);
+}
 
 const std::vector<Command>& AllCommands() {
     static const std::vector<Command> commands = {
         {"init", "", "Cria uma retaguarda nova na pasta de dados, com uma empresa de exemplo.",
          &RunInit},
         {"info", "", "Mostra a identificação do conector.", &RunInfo},
-        {"settings", "load FICHEIRO|show|delete",
-         "Guarda (do ficheiro XML), mostra ou apaga as configurações do conector.", &RunSettings},
+        {"settings", "load FICHEIRO|show [--reveal]|delete --yes|history|restore N",
+         "Guarda (do ficheiro XML), mostra (palavras-passe escondidas), apaga, lista as versões "
+         "guardadas ou repõe uma versão das configurações do conector.",
+         &RunSettings},
         {"validate", "", "Valida as configurações guardadas.", &RunValidate},
-        {"execute", "", "Importa os restaurantes configurados.", &RunExecute},
+        {"check", "[--json]",
+         "Verifica cada restaurante sem importar: ligação, relógio do servidor, registos "
+         "pendentes, configurações.",
+         &RunCheck},
+        {"execute", "[--quiet|--verbose]",
+         "Importa os restaurantes configurados; --quiet mostra só os resumos, --verbose "
+         "também cada registo importado (códigos de saída abaixo).",
+         &RunExecute},
+        {"state", "[set RESTAURANTE [--entities DATA] [--transactions DATA]]",
+         "Mostra as datas da última importação de cada restaurante, ou muda-as (DATA: "
+         "\"aaaa-mm-dd hh:mm:ss\").",
+         &RunState},
         {"log", "list|show|delete ...",
          "Lista os registos de log; mostra ou apaga um: RESTAURANTE \"aaaa-mm-dd hh:mm:ss\".",
          &RunLog},
@@ -23,7 +70,7 @@ const std::vector<Command>& AllCommands() {
         {"report", "sales|cash [--from DATA] [--to DATA] | account CLIENTE",
          "Vendas (por dia, tipo e modalidade; stock dos mais vendidos), movimentos de caixa, ou "
          "a conta corrente de um cliente.",
-         &RunReport, {"--from", "--to"}},
+         &RunReport},
     };
     return commands;
 }

@@ -41,6 +41,17 @@ ComponentModule::ComponentModule(const std::string& path) : path_(path) {
         throw Error("Não foi possível carregar o componente '" + path + "': " +
                     (why != nullptr ? why : "erro desconhecido"));
     }
+    // A library that is not an in-process component lacks the entry points; it is refused here,
+    // before anything of it is called.
+    for (const char* entry :
+         {"DllGetClassObject", "DllCanUnloadNow", "DllRegisterServer", "DllUnregisterServer"}) {
+        if (::dlsym(handle_, entry) == nullptr) {
+            ::dlclose(handle_);
+            handle_ = nullptr;
+            throw Error("'" + path + "' não é um componente: não exporta " + entry +
+                        ". Indique o ficheiro POSConnectorKitra.so.");
+        }
+    }
 }
 
 ComponentModule::~ComponentModule() {
@@ -84,6 +95,13 @@ host::ComPtr<host::IConnector> ComponentModule::CreateConnector(const host::Guid
     return connector;
 }
 
+std::string ComponentHelp() {
+    return "O registo de componentes é o ficheiro '" + ComponentRegistryPath().string() +
+           "' (a variável KITRA_COMPONENT_REGISTRY escolhe outro). Registe o componente com "
+           "'kitra-host register [MÓDULO]', ou indique o ficheiro do componente em "
+           "KITRA_CONNECTOR_MODULE.";
+}
+
 std::string ConnectorModulePath() {
     if (auto entry = FindComponent(kConnectorProgId)) return entry->modulePath;
     if (const char* explicitPath = std::getenv("KITRA_CONNECTOR_MODULE");
@@ -97,9 +115,8 @@ std::string ConnectorModulePath() {
     if (std::string built = KITRA_CONNECTOR_MODULE_BUILT; !built.empty() && fs::exists(built, ec)) {
         return built;
     }
-    throw Error(
-        "O componente POSConnectorKitra não está registado nem foi encontrado. Registe-o com "
-        "'kitra-host register' ou indique o ficheiro em KITRA_CONNECTOR_MODULE.");
+    throw Error("O componente POSConnectorKitra não está registado nem foi encontrado. " +
+                ComponentHelp());
 }
 
 host::Guid ConnectorClassId() {

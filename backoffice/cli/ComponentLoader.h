@@ -33,6 +33,10 @@ private:
     void* handle_ = nullptr;
 };
 
+// Where the component registry is and how to register the component, for the messages of
+// commands that could not load it.
+std::string ComponentHelp();
+
 // The module file of the connector: the component registry's entry for its programmatic id,
 // else $KITRA_CONNECTOR_MODULE, else the module built beside this program.
 std::string ConnectorModulePath();

@@ -8,82 +8,16 @@
 #include <sstream>
 
 #include "backoffice/BackOffice.h"
-#include "backoffice/ConsoleServices.h"
+#include "backoffice/RunLock.h"
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/ComponentLoader.h"
-#include "backoffice/cli/TerminalNotifier.h"
+#include "backoffice/cli/ConnectorSession.h"
+#include "core/ComponentRegistry.h"
 #include "core/DateTime.h"
 #include "core/Error.h"
 
 namespace kitra::backoffice::cli {
 namespace {
-
-constexpr const char* kEndOfRun = "A importação chegou ao fim.";
-
-// The keys the connector files its settings under; the host knows only the keys and the text.
-constexpr const char* kSettingsKey1 = "Quarn.Mercatill.Connector";
-constexpr const char* kSettingsKey2 = "Kitra";
-
-// Console message boxes that also remember whether the end of a run was announced.
-class WatchingMessageBoxes final : public host::IMessageBoxService {
-public:
-    WatchingMessageBoxes(std::istream* in, std::ostream& out) : console_(in, out) {}
-    host::MessageAnswer Show(const std::string& text, host::MessageStyle style,
-                             host::MessageButtons buttons, const std::string& title) override {
-        if (text == kEndOfRun) runEnded = true;
-        return console_.Show(text, style, buttons, title);
-    }
-    bool runEnded = false;
-
-private:
-    ConsoleMessageBoxes console_;
-};
-
-// The back office opened, its services installed for the process, the component loaded and
-// one connector created through the class factory; all undone in reverse order.
-class ConnectorSession {
-public:
-    explicit ConnectorSession(CommandContext& context)
-        : office_(context.dataFolder),
-          notifier_(std::make_shared<TerminalNotifier>(context.out, ::isatty(STDOUT_FILENO) == 1)),
-          boxes_(context.in, context.out),
-          services_(office_.Services(notifier_.get(), &boxes_)) {
-        host::InstallHostServices(&services_);
-        try {
-            module_ = std::make_unique<ComponentModule>(ConnectorModulePath());
-            connector_ = module_->CreateConnector(ConnectorClassId());
-            connector_->EventNotifier(notifier_);
-            connector_->Init();
-        } catch (...) {
-            host::InstallHostServices(nullptr);
-            throw;
-        }
-    }
-    ~ConnectorSession() {
-        if (connector_) connector_->Dispose();
-        connector_.Reset();
-        module_.reset();
-        host::InstallHostServices(nullptr);
-    }
-    ConnectorSession(const ConnectorSession&) = delete;
-    ConnectorSession& operator=(const ConnectorSession&) = delete;
-
-    host::IConnector& Connector() { return *connector_.Get(); }
-    BackOffice& Office() { return office_; }
-    bool RunEnded() const { return boxes_.runEnded; }
-
-private:
-    BackOffice office_;
-    std::shared_ptr<TerminalNotifier> notifier_;
-    WatchingMessageBoxes boxes_;
-    host::HostServices services_;
-    std::unique_ptr<ComponentModule> module_;
-    host::ComPtr<host::IConnector> connector_;
-};
-
-void ExpectArguments(const CommandContext& context, std::size_t count, const std::string& usage) {
-    if (context.arguments.size() != count) throw UsageError("Uso: kitra-host " + usage);
-}
 
 const char* YesNo(bool value) { return value ? "True" : "False"; }
 
@@ -101,7 +35,7 @@ bool LogTableExists(BackOffice& office) { return office.schema.TableExists("Kitr
 
 int RunInfo(CommandContext& context) {
     ExpectArguments(context, 0, "info");
-    ConnectorSession session(context);
+    ConnectorSession session(context, "info");
     host::IConnector& c = session.Connector();
     context.out << "ConnectorID: " << c.ConnectorID() << "\n"
                 << "Description: " << c.Description() << "\n"
@@ -114,62 +48,19 @@ int RunInfo(CommandContext& context) {
     return kExitOk;
 }
 
-int RunSettings(CommandContext& context) {
-    const std::string usage = "settings load FICHEIRO | settings show | settings delete";
-    if (context.arguments.empty()) throw UsageError("Uso: kitra-host " + usage);
-    const std::string action = context.arguments.front();
-    if (action == "load") {
-        ExpectArguments(context, 2, "settings load FICHEIRO");
-        std::ifstream in(context.arguments[1], std::ios::binary);
-        if (!in) throw Error("Não foi possível ler o ficheiro '" + context.arguments[1] + "'.");
-        const std::string xml((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-        ConnectorSession session(context);
-        if (!session.Connector().LoadDefaults(xml)) {
-            context.err << "kitra-host: o conector recusou as configurações.\n";
-            return kExitFailure;
-        }
-        context.out << "Configurações guardadas.\n";
-        return kExitOk;
-    }
-    if (action == "show") {
-        ExpectArguments(context, 1, "settings show");
-        BackOffice office(context.dataFolder);
-        const auto stored = office.settingsStore.StoredText(kSettingsKey1, kSettingsKey2);
-        if (!stored) {
-            context.err << "kitra-host: não há configurações guardadas.\n";
-            return kExitFailure;
-        }
-        context.out << *stored << "\n";
-        return kExitOk;
-    }
-    if (action == "delete") {
-        ExpectArguments(context, 1, "settings delete");
-        ConnectorSession session(context);
-        if (!session.Connector().Delete()) return kExitFailure;
-        context.out << "Configurações apagadas.\n";
-        return kExitOk;
-    }
-    throw UsageError("Uso: kitra-host " + usage);
-}
-
 int RunValidate(CommandContext& context) {
     ExpectArguments(context, 0, "validate");
-    ConnectorSession session(context);
+    ConnectorSession session(context, "validate");
     const bool valid = session.Connector().ValidateSettings();
     context.out << (valid ? "As configurações são válidas.\n" : "As configurações não são válidas.\n");
     return valid ? kExitOk : kExitFailure;
 }
 
-int RunExecute(CommandContext& context) {
-    ExpectArguments(context, 0, "execute");
-    ConnectorSession session(context);
-    session.Connector().Execute();
-    return session.RunEnded() ? kExitOk : kExitFailure;
-}
-
 int RunResetData(CommandContext& context) {
     ExpectArguments(context, 0, "reset-data");
-    ConnectorSession session(context);
+    RunLock lock(context.dataFolder, "'reset-data'");
+    ConnectorSession session(context, "reset-data");
+    session.Office().GetDatabase().EnsureWritable();
     session.Connector().ResetData();
     context.out << "O log de importações foi esvaziado.\n";
     return kExitOk;
@@ -225,6 +116,17 @@ int RunRegister(CommandContext& context) {
 
 int RunUnregister(CommandContext& context) {
     ExpectArguments(context, 0, "unregister");
+    // A registered module that is gone (or no longer a component) cannot unregister itself:
+    // its entry is removed from the registry directly.
+    if (const auto entry = FindComponent(kConnectorProgId)) {
+        std::error_code missing;
+        if (!std::filesystem::is_regular_file(entry->modulePath, missing)) {
+            UnregisterComponent(entry->clsid);
+            context.out << "O módulo registado '" << entry->modulePath
+                        << "' já não existe; o registo do componente foi anulado.\n";
+            return kExitOk;
+        }
+    }
     ComponentModule module(ConnectorModulePath());
     const host::HResult result = module.UnregisterServer();
     if (result != host::kOk) throw Error("O componente recusou anular o registo.");

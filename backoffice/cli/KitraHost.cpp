@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <optional>
+#include <sstream>
 #include <ostream>
 
 #include "backoffice/cli/Command.h"
@@ -12,11 +13,39 @@ namespace {
 
 constexpr const char* kProgram = "kitra-host";
 
+// Characters, not bytes: an accented letter takes one column.
+std::size_t Columns(const std::string& text) {
+    std::size_t columns = 0;
+    for (char c : text) columns += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    return columns;
+}
+
+// A command's summary in lines of at most 80 columns, each under the one before; the first
+// starts where every summary starts.
+std::string Wrapped(const std::string& summary) {
+    constexpr std::size_t kWidth = 80, kIndent = 17;
+    std::string text, word;
+    std::size_t column = kIndent;
+    std::istringstream words(summary);
+    while (words >> word) {
+        if (column > kIndent && column + 1 + Columns(word) > kWidth) {
+            text += "\n" + std::string(kIndent, ' ');
+            column = kIndent;
+        } else if (column > kIndent) {
+            text += ' ';
+            ++column;
+        }
+        text += word;
+        column += Columns(word);
+    }
+    return text;
+}
+
 void PrintHelp(std::ostream& out) {
     out << "Uso: " << kProgram << " [--data PASTA] COMANDO [ARGUMENTOS]\n"
         << "     " << kProgram << " --help\n\n"
         << "A retaguarda de referência: uma base de dados SQLite (" << "backoffice.sqlite"
-        << ") numa pasta de dados.\n\n"
+        << ")\nnuma pasta de dados.\n\n"
         << "Comandos:\n";
     for (const Command& command : AllCommands()) {
         std::string head = command.name + (command.arguments.empty() ? "" : " " + command.arguments);
@@ -26,13 +55,20 @@ void PrintHelp(std::ostream& out) {
         } else {
             head += "\n" + std::string(16, ' ');
         }
-        out << "  " << head << " " << command.summary << "\n";
+        out << "  " << head << " " << Wrapped(command.summary) << "\n";
     }
     out << "  help           Mostra esta ajuda.\n\n"
         << "Opções:\n"
         << "  --data PASTA   A pasta de dados. Sem esta opção: a variável de ambiente\n"
         << "                 KITRA_HOST_DATA, ou então ./kitra-data.\n"
-        << "  -h, --help     Mostra esta ajuda.\n";
+        << "  -h, --help     Mostra esta ajuda.\n\n"
+        << "Códigos de saída:\n"
+        << "  0  tudo correu bem.\n"
+        << "  1  o comando não conseguiu fazer o seu trabalho (em 'execute': a importação não\n"
+        << "     chegou ao fim; as datas de importação não foram guardadas).\n"
+        << "  2  a linha de comandos está errada.\n"
+        << "  3  'execute' chegou ao fim mas algum restaurante teve erros ou não foi alcançado\n"
+        << "     (cada um é dito no stderr); 'check' encontrou algo a corrigir.\n";
 }
 
 const Command* FindCommand(const std::string& name) {
@@ -42,28 +78,6 @@ const Command* FindCommand(const std::string& name) {
     return nullptr;
 }
 
-// When arguments[i] is one of the command's own options, moves it and its value to `taken`
-// (advancing i past the value) and answers true.
-bool TakeCommandOption(const Command& command, const std::vector<std::string>& arguments,
-                       std::size_t& i, std::vector<std::string>& taken) {
-    const std::string& argument = arguments[i];
-    for (const std::string& option : command.valueOptions) {
-        if (argument == option) {
-            if (i + 1 >= arguments.size() || arguments[i + 1].empty())
-                throw UsageError("Falta o valor depois de '" + option + "'.");
-            taken.push_back(option);
-            taken.push_back(arguments[++i]);
-            return true;
-        }
-        if (argument.rfind(option + "=", 0) == 0) {
-            taken.push_back(option);
-            taken.push_back(argument.substr(option.size() + 1));
-            return true;
-        }
-    }
-    return false;
-}
-
 struct CommandLine {
     bool help = false;
     std::optional<std::string> dataFolder;
@@ -71,7 +85,8 @@ struct CommandLine {
     std::vector<std::string> arguments;
 };
 
-// Options may stand before or after the command; "--" ends them.
+// The program's options may stand before or after the command; "--" ends them. Other options
+// after the command are the command's own, and the command refuses those it does not know.
 CommandLine Parse(const std::vector<std::string>& arguments) {
     CommandLine line;
     bool optionsEnded = false;
@@ -88,11 +103,7 @@ CommandLine Parse(const std::vector<std::string>& arguments) {
         } else if (!optionsEnded && argument.rfind("--data=", 0) == 0) {
             line.dataFolder = argument.substr(7);
             if (line.dataFolder->empty()) throw UsageError("Falta a pasta depois de '--data='.");
-        } else if (const Command* command = line.command ? FindCommand(*line.command) : nullptr;
-                   !optionsEnded && command != nullptr && TakeCommandOption(*command, arguments, i,
-                                                                            line.arguments)) {
-            // The command's own option and its value, passed on.
-        } else if (!optionsEnded && argument.size() > 1 && argument[0] == '-') {
+        } else if (!optionsEnded && !line.command && argument.size() > 1 && argument[0] == '-') {
             throw UsageError("Opção desconhecida: '" + argument + "'.");
         } else if (!line.command) {
             line.command = argument;

@@ -40,18 +40,21 @@ std::string PeriodBound(const std::string& option, const std::string& text, bool
                      "hh:mm:ss: '" + text + "'.");
 }
 
+// "--from DATE", "--from=DATE", "--to DATE", "--to=DATE", after the report's name.
 Period ParsePeriod(const std::vector<std::string>& arguments) {
     Period period;
-    if (arguments.size() % 2 == 0) throw UsageError(kUsage);
-    for (std::size_t i = 1; i < arguments.size(); i += 2) {
-        if (i + 1 >= arguments.size()) throw UsageError(kUsage);
-        if (arguments[i] == "--from") {
-            period.from = PeriodBound("--from", arguments[i + 1], false);
-        } else if (arguments[i] == "--to") {
-            period.to = PeriodBound("--to", arguments[i + 1], true);
-        } else {
-            throw UsageError(kUsage);
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+        std::string option = arguments[i], value;
+        if (const auto equals = option.find('='); equals != std::string::npos) {
+            value = option.substr(equals + 1);
+            option.resize(equals);
+        } else if (i + 1 < arguments.size()) {
+            value = arguments[++i];
         }
+        if (option != "--from" && option != "--to") throw UsageError(kUsage);
+        if (value.empty()) throw UsageError("Falta a data depois de '" + option + "'.");
+        if (option == "--from") period.from = PeriodBound(option, value, false);
+        else period.to = PeriodBound(option, value, true);
     }
     if (period.from > period.to) throw UsageError("O período termina antes de começar.");
     return period;

@@ -5,7 +5,13 @@
 namespace kitra::backoffice::cli {
 namespace {
 constexpr int kBarWidth = 30;
+
+// The lines of a restaurant's summary, the only status texts a quiet run shows.
+bool IsSummaryLine(const std::string& text) {
+    return text.starts_with("----------------") ||
+           text.starts_with("Resumo Importação Restaurante: ") || text.starts_with(" - ");
 }
+}  // namespace
 
 void TerminalNotifier::EndBar() {
     if (barShown_) {
@@ -14,27 +20,45 @@ void TerminalNotifier::EndBar() {
     }
 }
 
+void TerminalNotifier::DrawBar(const std::string& suffix) {
+    const double fraction = whole_ > 0 ? static_cast<double>(done_) / whole_ : 1.0;
+    const int filled = static_cast<int>(fraction * kBarWidth);
+    out_ << "\r\033[K[" << std::string(filled, '#') << std::string(kBarWidth - filled, ' ') << "] "
+         << done_ << "/" << whole_ << " " << barText_ << suffix << std::flush;
+    barShown_ = true;
+}
+
 void TerminalNotifier::NotifyProgress(long position, long total, const std::string& text) {
+    afterProgress_ = true;
+    if (detail_ == ProgressDetail::Quiet) return;
     // Importers count rows from 1 and give the record count less one as the total.
-    const long done = std::max(0L, position);
-    const long whole = std::max(done, total + 1);
-    const double fraction = whole > 0 ? static_cast<double>(done) / whole : 1.0;
+    done_ = std::max(0L, position);
+    whole_ = std::max(done_, total + 1);
+    barText_ = text;
     if (terminal_) {
-        const int filled = static_cast<int>(fraction * kBarWidth);
-        out_ << "\r\033[K[" << std::string(filled, '#') << std::string(kBarWidth - filled, ' ')
-             << "] " << done << "/" << whole << " " << text << std::flush;
-        barShown_ = true;
+        DrawBar("");
         return;
     }
+    const double fraction = whole_ > 0 ? static_cast<double>(done_) / whole_ : 1.0;
     const long tenth = static_cast<long>(fraction * 10);
     if (text != lastText_ || tenth != lastTenth_) {
-        out_ << text << ": " << done << "/" << whole << "\n";
+        out_ << text << ": " << done_ << "/" << whole_ << "\n";
         lastText_ = text;
         lastTenth_ = tenth;
     }
 }
 
 void TerminalNotifier::NotifyStatus(const std::string& text) {
+    const bool perRecord = afterProgress_ && !IsSummaryLine(text);
+    afterProgress_ = false;
+    if (detail_ == ProgressDetail::Quiet) {
+        if (IsSummaryLine(text)) out_ << text << "\n";
+        return;
+    }
+    if (detail_ == ProgressDetail::Normal && perRecord) {
+        if (terminal_ && barShown_) DrawBar(" - " + text);
+        return;
+    }
     EndBar();
     out_ << text << "\n";
 }

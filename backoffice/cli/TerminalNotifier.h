@@ -1,7 +1,11 @@
 #pragma once
-// The command-line host's notifier for an import run: each status text on a line of its own;
-// progress as one bar redrawn in place on a terminal, or, when the output is not a terminal,
-// as a plain line whenever the task changes and at every tenth of the way.
+// The command-line host's notifier for an import run. Progress is one bar redrawn in place on a
+// terminal, or, when the output is not a terminal, a plain line whenever the task changes and at
+// every tenth of the way. How much of the status texts shows depends on the detail asked for:
+// - Normal: every status text except the one an importer gives for each record (the status that
+//   comes right after a progress step); on a terminal that text is shown at the end of the bar.
+// - Verbose: every status text on a line of its own.
+// - Quiet: only the summary of each restaurant; no progress.
 #include <ostream>
 #include <string>
 
@@ -9,9 +13,12 @@
 
 namespace kitra::backoffice::cli {
 
+enum class ProgressDetail { Quiet, Normal, Verbose };
+
 class TerminalNotifier final : public host::IEventNotifier {
 public:
-    TerminalNotifier(std::ostream& out, bool terminal) : out_(out), terminal_(terminal) {}
+    TerminalNotifier(std::ostream& out, bool terminal, ProgressDetail detail = ProgressDetail::Verbose)
+        : out_(out), terminal_(terminal), detail_(detail) {}
     ~TerminalNotifier() override { EndBar(); }
 
     void NotifyProgress(long position, long total, const std::string& text) override;
@@ -19,12 +26,18 @@ public:
 
 private:
     void EndBar();
+    void DrawBar(const std::string& suffix);
 
     std::ostream& out_;
     bool terminal_;
+    ProgressDetail detail_;
     bool barShown_ = false;
+    bool afterProgress_ = false;
     std::string lastText_;
     long lastTenth_ = -1;
+    long done_ = 0;
+    long whole_ = 0;
+    std::string barText_;
 };
 
 }  // namespace kitra::backoffice::cli

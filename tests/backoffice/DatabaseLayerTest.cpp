@@ -2,7 +2,10 @@
 // schema catalogue and compaction, on a real back-office file.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "core/DateTime.h"
 #include "tests/backoffice/TempFolder.h"
@@ -178,6 +181,52 @@ TEST_F(DatabaseLayer, ATextColumnHoldsNoMoreThanItsSize) {
     EXPECT_THROW(Connection().Execute(Builder().Insert(
                      "Kitra2Log", {{"RestaurantID", std::string(26, 'x')}, {"ImportDate", "2024-01-01 10:00:02"}})),
                  Error);
+}
+
+TEST_F(DatabaseLayer, ALogRowThatCannotBeStoredIsKeptInTheLogFolder) {
+    const SqlStatement row = Builder().Insert(
+        "Kitra2Log", {{"RestaurantID", "Centro"}, {"ImportDate", Variant(DateTime{2024, 7, 1, 12, 0, 5})},
+                      {"Contents", std::string(" - # START # \r\nRestaurantes - tudo\r\n")}});
+    Connection().Execute(row);
+    EXPECT_TRUE(office_->connection.UnsavedLogRows().empty());
+    EXPECT_THROW(Connection().Execute(row), Error);  // the same restaurant and second again
+    // Other tables' failures are the caller's to report.
+    EXPECT_THROW(Connection().Execute(SqlStatement("INSERT INTO company (CompanyID) VALUES (1)")), Error);
+
+    ASSERT_EQ(office_->connection.UnsavedLogRows().size(), 1u);
+    const UnsavedLogRow& kept = office_->connection.UnsavedLogRows()[0];
+    EXPECT_EQ(kept.restaurant, "Centro");
+    EXPECT_NE(kept.reason.find("UNIQUE constraint failed"), std::string::npos) << kept.reason;
+    const auto file = office_.DataFolder() / "logs" / "Centro20240701_120005-NAO-GUARDADO.txt";
+    EXPECT_EQ(kept.file, file.string());
+    std::ifstream in(file, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()),
+              " - # START # \r\nRestaurantes - tudo\r\n");
+}
+
+TEST_F(DatabaseLayer, ALockHeldByAnotherProgramIsSaidSoAfterTheBusyTimeout) {
+    Database other(office_.File(), Database::OpenMode::Existing);
+    other.Exec("BEGIN IMMEDIATE");
+    ::setenv("KITRA_HOST_BUSY_TIMEOUT_MS", "100", 1);
+    Database waiting(office_.File(), Database::OpenMode::Existing);
+    ::unsetenv("KITRA_HOST_BUSY_TIMEOUT_MS");
+    try {
+        waiting.EnsureWritable();
+        ADD_FAILURE() << "the lock was not noticed";
+    } catch (const Error& error) {
+        EXPECT_NE(error.Description().find("está bloqueada por outro programa: esperou 0.1 s"), std::string::npos)
+            << error.Description();
+    }
+    try {
+        Statement insert(waiting, "INSERT INTO salesmen (SalesmanID) VALUES (99)");
+        insert.Run();
+        ADD_FAILURE() << "the lock was not noticed";
+    } catch (const Error& error) {
+        EXPECT_NE(error.Description().find("está bloqueada por outro programa"), std::string::npos)
+            << error.Description();
+    }
+    other.Exec("ROLLBACK");
+    waiting.EnsureWritable();
 }
 
 TEST_F(DatabaseLayer, AnExistingTableIsNotAppendedAgain) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "backoffice/Schema.h"
-
 #include "tests/backoffice/TempFolder.h"
 
 namespace kitra::backoffice {
@@ -374,9 +373,11 @@ TEST(Items, AFileOfVersion1GetsTheItemsCostAndNotesWhenOpened) {
     before.CostPrice = 0;
     before.Notes.clear();
     office->items.Save(before, "R1100", true);
-    // Back to what version 1 had: no cost, no notes, no documents.
+    // Back to what version 1 had: no cost, no notes, none of the later versions' settings
+    // history and documents.
     office->GetDatabase().Exec(
         "ALTER TABLE items DROP COLUMN CostPrice; ALTER TABLE items DROP COLUMN Notes; "
+        "ALTER TABLE connector_settings DROP COLUMN UpdatedBy; DROP TABLE connector_settings_history; "
         "DROP VIEW item_stock; DROP TABLE document_history; DROP TABLE account_settlements; "
         "DROP TABLE cash_movements; DROP TABLE account_entries; "
         "DROP TABLE stock_movements; DROP TABLE card_payments; DROP TABLE document_payments; "

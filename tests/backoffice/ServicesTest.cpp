@@ -229,6 +229,49 @@ TEST(SettingsStore, DeleteRemovesOnlyThatPairOfKeys) {
     office->settingsStore.Delete(kitra);  // deleting what is not there is no error
 }
 
+TEST(SettingsStore, KeepsEveryReplacedOrDeletedTextWithWhoStoredAndReplacedIt) {
+    TempBackOffice office;
+    ConnectorSettingsStore& store = office->settingsStore;
+    TestSetting setting("K1", "K2");
+    store.SetOrigin("settings load");
+    setting.xml_ = "<a/>";
+    store.Save(setting);
+    EXPECT_TRUE(store.History("K1", "K2").empty());  // nothing replaced yet
+    store.SetOrigin("execute");
+    setting.xml_ = "<b/>";
+    store.Save(setting);
+    store.SetOrigin("settings delete");
+    store.Delete(setting);
+    store.Delete(setting);  // nothing filed: nothing more kept
+
+    const auto history = store.History("K1", "K2");
+    ASSERT_EQ(history.size(), 2u);
+    EXPECT_EQ(history[0].xml, "<b/>");
+    EXPECT_EQ(history[0].storedBy, "execute");
+    EXPECT_EQ(history[0].replacedBy, "settings delete");
+    EXPECT_EQ(history[1].xml, "<a/>");
+    EXPECT_EQ(history[1].storedBy, "settings load");
+    EXPECT_EQ(history[1].replacedBy, "execute");
+    EXPECT_GT(history[0].id, history[1].id);
+    EXPECT_TRUE(store.History("K1", "Other").empty());
+    ASSERT_TRUE(store.Version("K1", "K2", history[1].id));
+    EXPECT_EQ(store.Version("K1", "K2", history[1].id)->xml, "<a/>");
+    EXPECT_FALSE(store.Version("K1", "Other", history[1].id));
+}
+
+TEST(SettingsStore, KeepsTheNewestVersionsOnly) {
+    TempBackOffice office;
+    TestSetting setting("K1", "K2");
+    for (int i = 0; i <= kHistoryVersionsKept + 5; ++i) {
+        setting.xml_ = "<v n=\"" + std::to_string(i) + "\"/>";
+        office->settingsStore.Save(setting);
+    }
+    const auto history = office->settingsStore.History("K1", "K2");
+    ASSERT_EQ(history.size(), static_cast<std::size_t>(kHistoryVersionsKept));
+    EXPECT_EQ(history.front().xml, "<v n=\"" + std::to_string(kHistoryVersionsKept + 4) + "\"/>");
+    EXPECT_EQ(history.back().xml, "<v n=\"5\"/>");
+}
+
 // ---------------------------------------------------------------- console
 
 TEST(Console, PrintsBoxesAndAsksYesOrNo) {

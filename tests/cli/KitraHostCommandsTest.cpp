@@ -1,59 +1,17 @@
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
-#include "tests/hostsupport/TempFolder.h"
+#include "tests/cli/KitraHostRun.h"
 
 namespace kitra {
 namespace {
 namespace fs = std::filesystem;
 
-struct Result {
-    int exit = -1;
-    std::string out;  // standard output and error together
-};
-
-class KitraHostTest : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_EQ(Run("init").exit, 0); }
-
-    static std::string Quote(const std::string& text) {
-        std::string quoted = "'";
-        for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-        return quoted + "'";
-    }
-
-    // Runs kitra-host on the test's back office, with its own component registry.
-    Result Run(const std::string& arguments) {
-        const std::string command = "KITRA_COMPONENT_REGISTRY=" + Quote((folder / "registry").string()) +
-                                    " " + KITRA_HOST_PROGRAM + " --data " +
-                                    Quote((folder / "data").string()) + " " + arguments + " 2>&1";
-        Result result;
-        FILE* pipe = ::popen(command.c_str(), "r");
-        std::array<char, 4096> buffer{};
-        std::size_t n = 0;
-        while ((n = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) result.out.append(buffer.data(), n);
-        const int status = ::pclose(pipe);
-        result.exit = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return result;
-    }
-
-    std::string WriteSettings(const std::string& xml) {
-        const fs::path file = folder / "settings.xml";
-        std::ofstream(file, std::ios::binary) << xml;
-        return Quote(file.string());
-    }
-
-    testing::TempFolder temp;
-    const fs::path& folder = temp.Path();
-};
+using testing::KitraHostTest;
+using Result = testing::HostResult;
 
 const std::string kOneRestaurant =
     "<KitraConnectorSetting InvoiceTransDocument=\"FAC\" DefaultTenderPayment=\"1\" "
@@ -84,7 +42,9 @@ TEST_F(KitraHostTest, SettingsLoadShowDelete) {
                                      "CreditTransDocument=\"\""))
         << show.out;
     EXPECT_NE(show.out.find("<Restaurant Name=\"Centro\""), std::string::npos);
-    EXPECT_EQ(Run("settings delete").exit, 0);
+    EXPECT_EQ(Run("settings delete").exit, 1);  // the import dates would go too: --yes first
+    EXPECT_EQ(Run("settings show").exit, 0);
+    EXPECT_EQ(Run("settings delete --yes").exit, 0);
     EXPECT_EQ(Run("settings show").exit, 1);
 }
 
@@ -97,8 +57,8 @@ TEST_F(KitraHostTest, UsageMistakesAndMissingFiles) {
     EXPECT_EQ(Run("log show Centro ontem").exit, 2);
     const Result help = Run("--help");
     EXPECT_EQ(help.exit, 0);
-    for (const char* command : {"init", "info", "settings", "validate", "execute", "log", "reset-data",
-                                "register", "unregister"}) {
+    for (const char* command : {"init", "info", "settings", "validate", "check", "execute", "state",
+                                "log", "reset-data", "register", "unregister"}) {
         EXPECT_NE(help.out.find(std::string("\n  ") + command), std::string::npos) << command;
     }
 }
@@ -109,16 +69,17 @@ TEST_F(KitraHostTest, ValidateNeedsStoredSettings) {
     EXPECT_EQ(Run("validate").exit, 0);
 }
 
-TEST_F(KitraHostTest, ExecuteWithoutSettingsDoesNotReachTheEnd) {
+TEST_F(KitraHostTest, ExecuteWithoutSettingsSaysSoOnStderr) {
     const Result r = Run("execute");
     EXPECT_EQ(r.exit, 1) << r.out;
     EXPECT_EQ(r.out.find("A importação chegou ao fim."), std::string::npos);
+    EXPECT_NE(r.err.find("não há configurações guardadas"), std::string::npos) << r.err;
 }
 
 TEST_F(KitraHostTest, ExecuteThenLogListShowDelete) {
     ASSERT_EQ(Run("settings load " + WriteSettings(kOneRestaurant)).exit, 0);
     const Result run = Run("execute");
-    EXPECT_EQ(run.exit, 0) << run.out;
+    EXPECT_EQ(run.exit, 3) << run.out;  // nothing listens on port 1
     EXPECT_NE(run.out.find("A integrar Restaurante: Centro\n"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("Resumo Importação Restaurante: Centro\n"), std::string::npos);
     EXPECT_NE(run.out.find("A importação chegou ao fim."), std::string::npos);
@@ -145,7 +106,7 @@ TEST_F(KitraHostTest, ExecuteThenLogListShowDelete) {
 
 TEST_F(KitraHostTest, ResetDataEmptiesTheLog) {
     ASSERT_EQ(Run("settings load " + WriteSettings(kOneRestaurant)).exit, 0);
-    ASSERT_EQ(Run("execute").exit, 0);
+    ASSERT_EQ(Run("execute").exit, 3);
     ASSERT_NE(Run("log list").out, "");
     EXPECT_EQ(Run("reset-data").exit, 0);
     EXPECT_EQ(Run("log list").out, "");

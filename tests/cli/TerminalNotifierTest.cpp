@@ -41,5 +41,76 @@ TEST(TerminalNotifier, PlainLinesWhenNotATerminal) {
     EXPECT_LE(Lines(text), 14);  // a line at each tenth of the way, not one per row
 }
 
+// What an importer sends: its start, then for each record a progress step and the record's own
+// status text.
+void Importer(TerminalNotifier& notifier, const std::string& start, const std::string& record, long records) {
+    notifier.NotifyStatus(start);
+    for (long row = 1; row <= records; ++row) {
+        notifier.NotifyProgress(row, records - 1, start);
+        notifier.NotifyStatus(record + std::to_string(row));
+    }
+}
+
+void Summary(TerminalNotifier& notifier) {
+    for (const char* line : {"----------------", "Resumo Importação Restaurante: Centro", "----------------",
+                             " - Clientes: 3", " - Recibos: 0"}) {
+        notifier.NotifyStatus(line);
+    }
+}
+
+TEST(TerminalNotifier, NormalDetailLeavesOutTheRecordsOwnLines) {
+    std::ostringstream plain;
+    {
+        TerminalNotifier notifier(plain, false, ProgressDetail::Normal);
+        notifier.NotifyStatus("A integrar Restaurante: Centro");
+        Importer(notifier, "A importar Clientes", "Cliente: ", 3);
+        Importer(notifier, "A importar Artigos", "Artigo: ", 2);
+        Summary(notifier);
+    }
+    EXPECT_EQ(plain.str(),
+              "A integrar Restaurante: Centro\nA importar Clientes\nA importar Clientes: 1/3\n"
+              "A importar Clientes: 2/3\nA importar Clientes: 3/3\nA importar Artigos\n"
+              "A importar Artigos: 1/2\nA importar Artigos: 2/2\n----------------\n"
+              "Resumo Importação Restaurante: Centro\n----------------\n - Clientes: 3\n - Recibos: 0\n");
+
+    std::ostringstream terminal;
+    {
+        TerminalNotifier notifier(terminal, true, ProgressDetail::Normal);
+        Importer(notifier, "A importar Clientes", "Cliente: ", 3);
+        Importer(notifier, "A importar Artigos", "Artigo: ", 2);
+        Summary(notifier);
+    }
+    const std::string text = terminal.str();
+    // One line per importer, redrawn with the count and the record in hand.
+    EXPECT_EQ(Lines(text), 2 + 2 + 5) << text;
+    EXPECT_NE(text.find("] 3/3 A importar Clientes - Cliente: 3\nA importar Artigos\n"), std::string::npos) << text;
+}
+
+TEST(TerminalNotifier, VerboseDetailShowsEveryStatusText) {
+    std::ostringstream out;
+    {
+        TerminalNotifier notifier(out, false, ProgressDetail::Verbose);
+        Importer(notifier, "A importar Clientes", "Cliente: ", 2);
+    }
+    EXPECT_EQ(out.str(),
+              "A importar Clientes\nA importar Clientes: 1/2\nCliente: 1\nA importar Clientes: 2/2\nCliente: 2\n");
+}
+
+TEST(TerminalNotifier, QuietDetailShowsOnlyTheSummary) {
+    for (bool terminal : {false, true}) {
+        std::ostringstream out;
+        {
+            TerminalNotifier notifier(out, terminal, ProgressDetail::Quiet);
+            notifier.NotifyStatus("A integrar Restaurante: Centro");
+            Importer(notifier, "A importar Clientes", "Cliente: ", 3);
+            Summary(notifier);
+            notifier.NotifyStatus("Vai-se proceder à compactação da base de dados. ");
+        }
+        EXPECT_EQ(out.str(),
+                  "----------------\nResumo Importação Restaurante: Centro\n----------------\n"
+                  " - Clientes: 3\n - Recibos: 0\n");
+    }
+}
+
 }  // namespace
 }  // namespace kitra::backoffice::cli

@@ -119,6 +119,19 @@ TEST_F(ComponentTest, SignatureIsTheHostsOwn) {
     EXPECT_NE(connector->Signature("texto"), connector->Signature("outro"));
 }
 
+TEST_F(ComponentTest, SignatureTrapsTheHostsFailures) {
+    struct FailingSignature final : host::ISignatureService {
+        std::string Sign(const std::string&) const override { throw std::runtime_error("sem chave"); }
+    } failing;
+    host::HostServices services = office.Services();
+    services.signature = &failing;
+    host::InstallHostServices(&services);
+    EXPECT_EQ(connector->Signature("texto"), "");
+    services.signature = nullptr;
+    EXPECT_EQ(connector->Signature("texto"), "");
+    host::InstallHostServices(&office.Services());
+}
+
 TEST_F(ComponentTest, LoadDefaultsTrimsBlanksAndStores) {
     ASSERT_TRUE(connector->LoadDefaults(kSettings));
     const std::string plain = StoredXml();

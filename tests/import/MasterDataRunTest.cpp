@@ -194,7 +194,8 @@ TEST_F(MasterDataRunTest, ABadImportDateIsRefusedByEveryImporterAndTheRunGoesOn)
 
     const std::string refused = " :  - A data da última importação de entidades '" +
                                 bad.ImportDateEntities +
-                                "' não é uma data válida no formato aaaa-mm-dd hh:mm:ss.";
+                                "' tem caracteres que não são de uma data (só algarismos, \"-\", "
+                                "\":\" e espaços).";
     EXPECT_EQ(LogOf("Centro", kMoment),
               Start(bad, "01-07-2024 12:00:00") +
                   Title("Vendedores", "A importar Vendedores") +
@@ -228,20 +229,36 @@ TEST_F(MasterDataRunTest, ABadImportDateIsRefusedByEveryImporterAndTheRunGoesOn)
     EXPECT_EQ(office.boxes.shown[0].text, "A importação chegou ao fim.");
 }
 
-TEST_F(MasterDataRunTest, ABadImportDateEndsAnImporterWithFalse) {
+TEST_F(MasterDataRunTest, AnImportDateThatCouldAlterTheStatementEndsAnImporterWithFalse) {
     AddOneOfEach();
-    for (const std::string date : {"", "2024-02-30 00:00:00", "01-07-2024 12:00:00",
-                                   "2024-01-01 00:00:00'); DROP TABLE salesmans; --"}) {
+    for (const std::string& date : {std::string("2024-01-01 00:00:00'); DROP TABLE salesmans; --"),
+                                    std::string("2024-01-01 00:00:00' OR '1'='1"),
+                                    std::string("2024-01-01\\"), std::string("2024-01-01;")}) {
         restaurant.ImportDateEntities = date;
         EXPECT_FALSE(ImportSalesmen(engine, connection, restaurant)) << date;
-        EXPECT_TRUE(engine.StatusText().ends_with("'" + date +
-                                                  "' não é uma data válida no formato "
-                                                  "aaaa-mm-dd hh:mm:ss."))
+        EXPECT_TRUE(engine.StatusText().ends_with(
+            "'" + date + "' tem caracteres que não são de uma data (só algarismos, \"-\", \":\" e espaços)."))
             << engine.StatusText();
     }
     EXPECT_EQ(engine.ErrorCount(), 4);
     EXPECT_FALSE(Host().salesmen->Exists(7));
     EXPECT_EQ(Database().QueryValue("SELECT COUNT(*) FROM salesmans"), "1");
+}
+
+TEST_F(MasterDataRunTest, AnImportDateMySqlReadsGoesIntoTheStatementAsItIs) {
+    AddOneOfEach();
+    // Not the strict form, but a date STR_TO_DATE reads: the salesman changed after it arrives.
+    restaurant.ImportDateEntities = "2024-1-5 10:00:00";
+    EXPECT_TRUE(ImportSalesmen(engine, connection, restaurant));
+    EXPECT_TRUE(Host().salesmen->Exists(7));
+    EXPECT_EQ(engine.ErrorCount(), 0);
+    // Texts MySQL cannot read as a date select nothing, and nothing fails.
+    for (const std::string& date : {std::string(""), std::string("2024-02-30 00:00:00"),
+                                    std::string("2099-1-1 0:0:0")}) {
+        restaurant.ImportDateEntities = date;
+        EXPECT_TRUE(ImportSalesmen(engine, connection, restaurant)) << date;
+    }
+    EXPECT_EQ(engine.ErrorCount(), 0);
 }
 
 TEST_F(MasterDataRunTest, GeneratedDemoDataArrivesWhole) {

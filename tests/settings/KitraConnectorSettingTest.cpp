@@ -156,6 +156,15 @@ TEST_F(KitraConnectorSettingTest, NotWellFormedTextChangesNothing) {
         "<KitraConnectorSetting InvoiceTransDocument=\"X\"/><KitraConnectorSetting/>",
         "<KitraConnectorSetting InvoiceTransDocument=\"X\"/>trailing text",
         "leading text<KitraConnectorSetting InvoiceTransDocument=\"X\"/>",
+        // What a strict XML parser refuses and a lenient one lets through.
+        "<KitraConnectorSetting InvoiceTransDocument=\"A & B\"/>",
+        "<KitraConnectorSetting InvoiceTransDocument=\"A &B; C\"/>",
+        "<KitraConnectorSetting InvoiceTransDocument=\"&nbsp;\"/>",
+        "<KitraConnectorSetting InvoiceTransDocument=\"a<b\"/>",
+        "<KitraConnectorSetting InvoiceTransDocument=\"&#0;\"/>",
+        "<KitraConnectorSetting InvoiceTransDocument=\"&#xZZ;\"/>",
+        "<KitraConnectorSetting InvoiceTransDocument=\"X\">a & b</KitraConnectorSetting>",
+        "<KitraConnectorSetting InvoiceTransDocument=\"A\x18" "B\"/>",
     };
     for (const std::string& text : broken) {
         SCOPED_TRACE(text);
@@ -169,6 +178,12 @@ TEST_F(KitraConnectorSettingTest, NotWellFormedTextChangesNothing) {
         ExpectSameSettings(s, before);
         EXPECT_EQ(s.ToXML(), test::SampleXml());
     }
+}
+
+TEST_F(KitraConnectorSettingTest, PredefinedEntitiesAndCharacterReferencesAreRead) {
+    KitraConnectorSetting s(numbers);
+    s.FromXML("<KitraConnectorSetting InvoiceTransDocument=\"A &amp; B &lt;&gt; &quot;&apos; &#65;&#x42;\"/>");
+    EXPECT_EQ(s.InvoiceTransDocument, "A & B <> \"' AB");
 }
 
 TEST_F(KitraConnectorSettingTest, BareRootEmptiesRestaurantsButKeepsBothTables) {

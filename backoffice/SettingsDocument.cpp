@@ -1,0 +1,281 @@
+#include "backoffice/SettingsDocument.h"
+
+#include <cstring>
+#include <functional>
+#include <set>
+#include <sstream>
+
+#include <fmt/format.h>
+
+#include "core/DateTime.h"
+#include "core/Error.h"
+#include "core/StrictXml.h"
+
+namespace kitra::backoffice {
+namespace {
+
+constexpr const char* kRoot = "KitraConnectorSetting";
+
+const std::set<std::string>& KnownAttributes(std::string_view element) {
+    static const std::set<std::string> none;
+    static const std::set<std::string> root = {
+        "InvoiceTransDocument",         "CreditTransDocument",
+        "StockTransDocument",           "CashEntranceTransDocument",
+        "CashWithdrawalTransDocument",  "CustomerPaymentTransDocument",
+        "CustomerPaymentAccountDocument", "SelfConsumptionTransDocument",
+        "DefaultTenderPayment",         "DefaultTaxableGroup"};
+    static const std::set<std::string> restaurant = {
+        "Name",          "ServerName",       "ServerPort",         "ServerDBName",
+        "ServerUser",    "ServerPassword",   "WorkstationID",      "ItemIDPrefix",
+        "DefaultWarehouseID", "WasteWarehouseID", "DefaultSupplierID", "TransSerial",
+        "StockManagement", "ImportDateEntities", "ImportDateTransactions"};
+    static const std::set<std::string> tender = {"POSTenderID", "KitraTenderID"};
+    static const std::set<std::string> group = {"TaxableGroupID", "KitraVAT"};
+    if (element == kRoot) return root;
+    if (element == "Restaurant") return restaurant;
+    if (element == "Tender") return tender;
+    if (element == "TaxableGroup") return group;
+    return none;
+}
+
+bool IsKnownElement(std::string_view name) {
+    return name == kRoot || name == "Restaurants" || name == "Restaurant" ||
+           name == "TenderEquivalence" || name == "Tender" || name == "TaxableGroupEquivalence" ||
+           name == "TaxableGroup";
+}
+
+// Line and column (from 1) of an offset into the text.
+std::string Position(std::string_view text, std::ptrdiff_t offset) {
+    long line = 1, column = 1;
+    for (std::ptrdiff_t i = 0; i < offset && i < static_cast<std::ptrdiff_t>(text.size()); ++i) {
+        if (text[static_cast<std::size_t>(i)] == '\n') {
+            ++line;
+            column = 1;
+        } else if ((static_cast<unsigned char>(text[static_cast<std::size_t>(i)]) & 0xC0) != 0x80) {
+            ++column;  // one column per character, not per byte
+        }
+    }
+    return fmt::format("linha {}, coluna {}", line, column);
+}
+
+// How many characters a UTF-8 text holds (the log table counts characters, not bytes).
+std::size_t Characters(std::string_view text) {
+    std::size_t count = 0;
+    for (char c : text) count += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    return count;
+}
+
+// The offset of the first byte that is not part of valid UTF-8 (or is a NUL); nothing if none.
+std::optional<std::size_t> FirstNonText(std::string_view text) {
+    for (std::size_t i = 0; i < text.size();) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (c == 0) return i;
+        std::size_t length = c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 0;
+        if (length == 0 || i + length > text.size()) return i;
+        for (std::size_t k = 1; k < length; ++k) {
+            if ((static_cast<unsigned char>(text[i + k]) & 0xC0) != 0x80) return i;
+        }
+        i += length;
+    }
+    return std::nullopt;
+}
+
+// Every Restaurant element under the root's Restaurants elements.
+void ForEachRestaurant(pugi::xml_node root, const std::function<void(pugi::xml_node)>& visit) {
+    for (pugi::xml_node restaurants : root.children("Restaurants")) {
+        for (pugi::xml_node restaurant : restaurants.children("Restaurant")) visit(restaurant);
+    }
+}
+
+std::string Render(const pugi::xml_document& document) {
+    std::ostringstream out;
+    document.save(out, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+    return out.str();
+}
+
+}  // namespace
+
+SettingsDocument SettingsDocument::Parse(std::string_view text) {
+    if (text.find_first_not_of(" \t\r\n") == std::string_view::npos)
+        throw Error("O texto das configurações está vazio.");
+    if (const auto bad = FirstNonText(text)) {
+        throw Error(fmt::format(
+            "O ficheiro não é texto UTF-8 (byte {:#04x} na {}): as configurações são um texto XML.",
+            static_cast<unsigned char>(text[*bad]), Position(text, static_cast<std::ptrdiff_t>(*bad))));
+    }
+    SettingsDocument settings;
+    const unsigned options = pugi::parse_default | pugi::parse_fragment;
+    const pugi::xml_parse_result result =
+        settings.document_.load_buffer(text.data(), text.size(), options, pugi::encoding_utf8);
+    if (!result) {
+        throw Error(fmt::format("O XML não é válido na {}: {}.", Position(text, result.offset),
+                                result.description()));
+    }
+    int elements = 0;
+    for (pugi::xml_node node : settings.document_.children()) {
+        if (node.type() == pugi::node_element) {
+            if (++elements == 2) {
+                throw Error(fmt::format("O XML não é válido na {}: há um segundo elemento de topo <{}>.",
+                                        Position(text, node.offset_debug()), node.name()));
+            }
+        } else if (node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata) {
+            throw Error(fmt::format("O XML não é válido na {}: há texto fora do elemento de topo.",
+                                    Position(text, node.offset_debug())));
+        }
+    }
+    if (elements == 0) throw Error("O XML não tem nenhum elemento.");
+    if (const auto bad = FindNonStrictXml(text)) {
+        throw Error(fmt::format(
+            "O XML não é válido no elemento que começa na {}: {} tem um \"&\" que não é uma "
+            "referência válida, um \"<\" (escreva &amp; e &lt;) ou um carácter de controlo.",
+            Position(text, bad->elementOffset), bad->where));
+    }
+    struct DuplicateFinder : pugi::xml_tree_walker {
+        pugi::xml_node found;
+        bool for_each(pugi::xml_node& node) override {
+            std::set<std::string> names;
+            for (pugi::xml_attribute a : node.attributes()) {
+                if (!names.insert(a.name()).second) found = node;
+            }
+            return !found;
+        }
+    } duplicates;
+    settings.document_.traverse(duplicates);
+    if (duplicates.found) {
+        throw Error(fmt::format("O XML não é válido na {}: o elemento <{}> repete um atributo.",
+                                Position(text, duplicates.found.offset_debug()),
+                                duplicates.found.name()));
+    }
+    if (std::strcmp(settings.Root().name(), kRoot) != 0) {
+        throw Error(fmt::format(
+            "O elemento de topo é <{}>; as configurações do conector começam por <{}>.",
+            settings.Root().name(), kRoot));
+    }
+    return settings;
+}
+
+std::vector<RestaurantSettings> SettingsDocument::Restaurants() const {
+    std::vector<RestaurantSettings> restaurants;
+    ForEachRestaurant(Root(), [&](pugi::xml_node element) {
+        RestaurantSettings r;
+        r.name = element.attribute("Name").value();
+        r.server = element.attribute("ServerName").value();
+        r.port = element.attribute("ServerPort").value();
+        r.database = element.attribute("ServerDBName").value();
+        r.user = element.attribute("ServerUser").value();
+        r.password = element.attribute("ServerPassword").value();
+        r.importDateEntities = element.attribute("ImportDateEntities").value();
+        r.importDateTransactions = element.attribute("ImportDateTransactions").value();
+        restaurants.push_back(std::move(r));
+    });
+    return restaurants;
+}
+
+std::optional<std::string> ConnectionValueProblem(const std::string& what, const std::string& value) {
+    if (value.find_first_of(";{}") == std::string::npos) return std::nullopt;
+    return fmt::format(
+        "{} '{}' tem \";\", \"{{\" ou \"}}\": a cadeia de ligação que a importação constrói "
+        "partir-se-ia aí (uma palavra-passe nunca entraria, um nome de base de dados poderia "
+        "apontar para outro servidor). Mude o valor no servidor do restaurante.",
+        what, what == "A palavra-passe" ? std::string("********") : value);
+}
+
+std::vector<std::string> SettingsDocument::Problems() const {
+    std::vector<std::string> problems;
+    std::set<std::string> names;
+    for (const RestaurantSettings& r : Restaurants()) {
+        const std::string who = "Restaurante '" + r.name + "': ";
+        if (r.name.empty()) problems.push_back("Há um restaurante sem nome (atributo Name).");
+        if (!r.name.empty() && !names.insert(r.name).second)
+            problems.push_back(who + "o nome repete-se; cada restaurante tem um nome seu.");
+        if (Characters(r.name) > kRestaurantNameLimit) {
+            problems.push_back(fmt::format(
+                "{}o nome tem mais de {} caracteres, que é o que o log de importações guarda.",
+                who, kRestaurantNameLimit));
+        }
+        if (!IsIsoDateTime(r.importDateEntities)) {
+            problems.push_back(who + "a data ImportDateEntities '" + r.importDateEntities +
+                               "' não é uma data \"aaaa-mm-dd hh:mm:ss\".");
+        }
+        if (!IsIsoDateTime(r.importDateTransactions)) {
+            problems.push_back(who + "a data ImportDateTransactions '" + r.importDateTransactions +
+                               "' não é uma data \"aaaa-mm-dd hh:mm:ss\".");
+        }
+        for (const auto& [what, value] : {std::pair<std::string, std::string>{"O servidor", r.server},
+                                          {"A base de dados", r.database},
+                                          {"O utilizador", r.user},
+                                          {"A palavra-passe", r.password},
+                                          {"A porta", r.port}}) {
+            if (auto problem = ConnectionValueProblem(what, value)) problems.push_back(who + *problem);
+        }
+    }
+    return problems;
+}
+
+std::vector<std::string> SettingsDocument::Warnings() const {
+    struct Finder : pugi::xml_tree_walker {
+        std::vector<std::string> warnings;
+        bool for_each(pugi::xml_node& node) override {
+            if (node.type() != pugi::node_element) return true;
+            if (!IsKnownElement(node.name())) {
+                warnings.push_back(fmt::format("Elemento desconhecido <{}> (é ignorado).", node.name()));
+                return true;
+            }
+            const std::set<std::string>& known = KnownAttributes(node.name());
+            for (pugi::xml_attribute a : node.attributes()) {
+                if (!known.contains(a.name())) {
+                    warnings.push_back(fmt::format(
+                        "Atributo desconhecido {} no elemento <{}> (é ignorado; está bem escrito?).",
+                        a.name(), node.name()));
+                }
+            }
+            return true;
+        }
+    } finder;
+    pugi::xml_node root = Root();
+    finder.for_each(root);
+    root.traverse(finder);
+    return finder.warnings;
+}
+
+void SettingsDocument::SetImportDates(const std::string& restaurant,
+                                      const std::optional<std::string>& entities,
+                                      const std::optional<std::string>& transactions) {
+    bool found = false;
+    ForEachRestaurant(Root(), [&](pugi::xml_node element) {
+        if (found || restaurant != element.attribute("Name").value()) return;
+        found = true;
+        const auto set = [&](const char* name, const std::optional<std::string>& value) {
+            if (!value) return;
+            pugi::xml_attribute attribute = element.attribute(name);
+            if (!attribute) attribute = element.append_attribute(name);
+            attribute.set_value(value->c_str());
+        };
+        set("ImportDateEntities", entities);
+        set("ImportDateTransactions", transactions);
+    });
+    if (!found) throw Error("Não há nenhum restaurante '" + restaurant + "' nas configurações.");
+}
+
+std::string SettingsDocument::Text() const { return Render(document_); }
+
+std::string SettingsDocument::MaskedText() const {
+    pugi::xml_document masked;
+    masked.reset(document_);
+    ForEachRestaurant(masked.document_element(), [](pugi::xml_node element) {
+        if (pugi::xml_attribute password = element.attribute("ServerPassword"))
+            password.set_value("********");
+    });
+    return Render(masked);
+}
+
+std::vector<RestaurantSettings> StoredRestaurants(const std::optional<std::string>& text) {
+    if (!text) return {};
+    try {
+        return SettingsDocument::Parse(*text).Restaurants();
+    } catch (const Error&) {
+        return {};
+    }
+}
+
+}  // namespace kitra::backoffice

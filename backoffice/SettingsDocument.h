@@ -1,0 +1,70 @@
+#pragma once
+// The connector's settings text as the back office sees it: the host never interprets the
+// connector's settings beyond what its own commands need, which is the list of restaurants with
+// their connection data and import dates. It checks a text before storing it (well-formed and
+// strict XML, the expected root, restaurants the import can use), shows it with the passwords
+// masked, and moves a restaurant's import dates, changing nothing else in the text.
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <pugixml.hpp>
+
+namespace kitra::backoffice {
+
+inline constexpr const char* kSettingsKey1 = "Quarn.Mercatill.Connector";
+inline constexpr const char* kSettingsKey2 = "Kitra";
+// The import log table keeps a restaurant's name in 25 characters.
+inline constexpr std::size_t kRestaurantNameLimit = 25;
+
+struct RestaurantSettings {
+    std::string name;
+    std::string server;
+    std::string port;
+    std::string database;
+    std::string user;
+    std::string password;
+    std::string importDateEntities;
+    std::string importDateTransactions;
+};
+
+class SettingsDocument {
+public:
+    // Parses a settings text; fails with an Error that says what is wrong (and where: line and
+    // column) when it is empty, not UTF-8 text, not well-formed or not strict XML, or has
+    // another root element than KitraConnectorSetting.
+    static SettingsDocument Parse(std::string_view text);
+
+    std::vector<RestaurantSettings> Restaurants() const;
+
+    // What the host refuses to store: a restaurant without a name or valid import dates, a
+    // name longer than the log table holds, a connection value that would change the
+    // connection string. One text per problem; empty when there is none.
+    std::vector<std::string> Problems() const;
+    // What is suspicious but stored: attributes and elements the connector does not know.
+    std::vector<std::string> Warnings() const;
+
+    // Sets the restaurant's import dates (those given); fails when there is no such restaurant.
+    void SetImportDates(const std::string& restaurant, const std::optional<std::string>& entities,
+                        const std::optional<std::string>& transactions);
+
+    std::string Text() const;
+    // The text with every password replaced by "********".
+    std::string MaskedText() const;
+
+private:
+    SettingsDocument() = default;
+    pugi::xml_node Root() const { return document_.document_element(); }
+
+    pugi::xml_document document_;
+};
+
+// Why a server, database, user or password cannot go into the connection string the import
+// builds (it holds ";", "{" or "}"); nothing when it can.
+std::optional<std::string> ConnectionValueProblem(const std::string& what, const std::string& value);
+
+// The restaurants of a stored settings text; nothing when the text cannot be read.
+std::vector<RestaurantSettings> StoredRestaurants(const std::optional<std::string>& text);
+
+}  // namespace kitra::backoffice

@@ -1,0 +1,54 @@
+#include "backoffice/cli/ConnectorSession.h"
+
+#include <unistd.h>
+
+#include "core/Error.h"
+
+namespace kitra::backoffice::cli {
+namespace {
+constexpr const char* kEndOfRun = "A importação chegou ao fim.";
+}
+
+host::MessageAnswer RoutedMessageBoxes::Show(const std::string& text, host::MessageStyle style,
+                                             host::MessageButtons buttons,
+                                             const std::string& title) {
+    if (text == kEndOfRun) runEnded = true;
+    // The importers report their errors in boxes captioned "Error"; the log's are "Erro".
+    const bool error = style == host::MessageStyle::Critical ||
+                       style == host::MessageStyle::Exclamation || title == "Error" ||
+                       title == "Erro";
+    return (error ? err_ : out_).Show(text, style, buttons, title);
+}
+
+ConnectorSession::ConnectorSession(CommandContext& context, const std::string& origin,
+                                   ProgressDetail detail)
+    : office_(context.dataFolder),
+      notifier_(std::make_shared<TerminalNotifier>(context.out, ::isatty(STDOUT_FILENO) == 1, detail)),
+      boxes_(context.in, context.out, context.err),
+      services_(office_.Services(notifier_.get(), &boxes_)) {
+    office_.settingsStore.SetOrigin(origin);
+    host::InstallHostServices(&services_);
+    try {
+        try {
+            module_ = std::make_unique<ComponentModule>(ConnectorModulePath());
+            connector_ = module_->CreateConnector(ConnectorClassId());
+        } catch (const Error& error) {
+            if (error.Description().find("KITRA_COMPONENT_REGISTRY") != std::string::npos) throw;
+            throw Error(error.Description() + " " + ComponentHelp());
+        }
+        connector_->EventNotifier(notifier_);
+        connector_->Init();
+    } catch (...) {
+        host::InstallHostServices(nullptr);
+        throw;
+    }
+}
+
+ConnectorSession::~ConnectorSession() {
+    if (connector_) connector_->Dispose();
+    connector_.Reset();
+    module_.reset();
+    host::InstallHostServices(nullptr);
+}
+
+}  // namespace kitra::backoffice::cli

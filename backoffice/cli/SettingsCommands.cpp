@@ -1,0 +1,175 @@
+// kitra-host settings: the connector's settings text, loaded from a file only when it is one the
+// import can use, shown with the passwords masked, deleted only when confirmed, and every
+// replaced text kept in a history from which it can be restored.
+#include <fstream>
+#include <iterator>
+#include <ostream>
+
+#include "backoffice/BackOffice.h"
+#include "backoffice/RunLock.h"
+#include "backoffice/SettingsDocument.h"
+#include "backoffice/cli/Command.h"
+#include "backoffice/cli/ConnectorSession.h"
+#include "core/DateTime.h"
+#include "core/Error.h"
+
+namespace kitra::backoffice::cli {
+namespace {
+
+constexpr const char* kUsage =
+    "settings load FICHEIRO | settings show [--reveal] | settings delete --yes | settings history "
+    "| settings restore N";
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) throw Error("Não foi possível ler o ficheiro '" + path + "'.");
+    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+int Load(CommandContext& context) {
+    ExpectArguments(context, 2, "settings load FICHEIRO");
+    const std::string& path = context.arguments[1];
+    const std::string xml = ReadFile(path);
+    const std::string refused = "kitra-host: as configurações de '" + path +
+                                "' foram recusadas; as configurações guardadas ficaram como estavam.\n";
+    std::optional<SettingsDocument> document;
+    try {
+        document = SettingsDocument::Parse(xml);
+    } catch (const Error& error) {
+        context.err << refused << "  " << error.Description() << "\n";
+        return kExitFailure;
+    }
+    if (const auto problems = document->Problems(); !problems.empty()) {
+        context.err << refused;
+        for (const std::string& problem : problems) context.err << "  " << problem << "\n";
+        return kExitFailure;
+    }
+    for (const std::string& warning : document->Warnings())
+        context.err << "kitra-host: aviso: " << warning << "\n";
+
+    RunLock lock(context.dataFolder, "'settings load'");
+    ConnectorSession session(context, "settings load");
+    ConnectorSettingsStore& store = session.Office().settingsStore;
+    const auto previous = store.StoredText(kSettingsKey1, kSettingsKey2);
+    // The connector says only that it failed; a lock held by another program is said here.
+    session.Office().GetDatabase().EnsureWritable();
+    if (!session.Connector().LoadDefaults(xml)) {
+        context.err << "kitra-host: o conector recusou as configurações.\n";
+        return kExitFailure;
+    }
+    // The connector reads the text by its own rules; if it kept fewer restaurants than the text
+    // holds, it read something else than what was checked, and the previous text goes back.
+    const auto stored = StoredRestaurants(store.StoredText(kSettingsKey1, kSettingsKey2));
+    if (stored.size() != document->Restaurants().size()) {
+        if (previous) {
+            store.SetOrigin("settings load (reposição)");
+            store.SaveText(kSettingsKey1, kSettingsKey2, *previous);
+        }
+        context.err << "kitra-host: o conector não leu as configurações de '" << path
+                    << "' como foram verificadas; as configurações anteriores foram repostas.\n";
+        return kExitFailure;
+    }
+    context.out << "Configurações guardadas (" << stored.size() << " restaurante"
+                << (stored.size() == 1 ? "" : "s") << ").\n";
+    return kExitOk;
+}
+
+int Show(CommandContext& context) {
+    const bool reveal = context.TakeFlag("--reveal");
+    ExpectArguments(context, 1, "settings show [--reveal]");
+    BackOffice office(context.dataFolder);
+    const auto stored = office.settingsStore.StoredText(kSettingsKey1, kSettingsKey2);
+    if (!stored) {
+        context.err << "kitra-host: não há configurações guardadas.\n";
+        return kExitFailure;
+    }
+    if (reveal) {
+        context.out << *stored << "\n";
+        return kExitOk;
+    }
+    try {
+        context.out << SettingsDocument::Parse(*stored).MaskedText() << "\n";
+    } catch (const Error& error) {
+        context.err << "kitra-host: as configurações guardadas não se deixam ler ("
+                    << error.Description()
+                    << "); para as ver como estão, palavras-passe incluídas, use --reveal.\n";
+        return kExitFailure;
+    }
+    return kExitOk;
+}
+
+int Delete(CommandContext& context) {
+    const bool confirmed = context.TakeFlag("--yes");
+    ExpectArguments(context, 1, "settings delete --yes");
+    if (!confirmed) {
+        context.err << "kitra-host: as configurações guardam também as datas da última importação "
+                       "de cada restaurante; sem elas, a próxima importação não sabe de onde "
+                       "continuar. Para apagar mesmo, use 'kitra-host settings delete --yes' (a "
+                       "versão apagada fica em 'kitra-host settings history').\n";
+        return kExitFailure;
+    }
+    RunLock lock(context.dataFolder, "'settings delete'");
+    ConnectorSession session(context, "settings delete");
+    session.Office().GetDatabase().EnsureWritable();
+    if (!session.Connector().Delete()) return kExitFailure;
+    context.out << "Configurações apagadas.\n";
+    return kExitOk;
+}
+
+int History(CommandContext& context) {
+    ExpectArguments(context, 1, "settings history");
+    BackOffice office(context.dataFolder);
+    const auto versions = office.settingsStore.History(kSettingsKey1, kSettingsKey2);
+    if (versions.empty()) {
+        context.out << "Não há versões anteriores das configurações.\n";
+        return kExitOk;
+    }
+    context.out << "N\tguardada em\tpor\tsubstituída em\tpor\trestaurantes\n";
+    for (const SettingsVersion& version : versions) {
+        std::string restaurants = "?";  // a text that cannot be read
+        try {
+            restaurants = std::to_string(SettingsDocument::Parse(version.xml).Restaurants().size());
+        } catch (const Error&) {
+        }
+        context.out << version.id << "\t" << FormatIsoDateTime(version.storedDate) << "\t"
+                    << (version.storedBy.empty() ? "-" : version.storedBy) << "\t"
+                    << FormatIsoDateTime(version.replacedDate) << "\t" << version.replacedBy << "\t"
+                    << restaurants << "\n";
+    }
+    return kExitOk;
+}
+
+int Restore(CommandContext& context) {
+    ExpectArguments(context, 2, "settings restore N");
+    const std::string& number = context.arguments[1];
+    if (number.empty() || number.size() > 9 || number.find_first_not_of("0123456789") != std::string::npos)
+        throw UsageError("N é o número de uma versão de 'kitra-host settings history': '" + number + "'.");
+    RunLock lock(context.dataFolder, "'settings restore'");
+    BackOffice office(context.dataFolder);
+    const auto version = office.settingsStore.Version(kSettingsKey1, kSettingsKey2, std::stol(number));
+    if (!version) {
+        throw Error("Não há nenhuma versão " + number +
+                    " das configurações; veja 'kitra-host settings history'.");
+    }
+    office.settingsStore.SetOrigin("settings restore " + number);
+    office.settingsStore.SaveText(kSettingsKey1, kSettingsKey2, version->xml);
+    context.out << "Reposta a versão " << number << " das configurações ("
+                << StoredRestaurants(version->xml).size()
+                << " restaurantes); as que estavam guardadas ficaram no histórico.\n";
+    return kExitOk;
+}
+
+}  // namespace
+
+int RunSettings(CommandContext& context) {
+    if (context.arguments.empty()) throw UsageError(std::string("Uso: kitra-host ") + kUsage);
+    const std::string action = context.arguments.front();
+    if (action == "load") return Load(context);
+    if (action == "show") return Show(context);
+    if (action == "delete") return Delete(context);
+    if (action == "history") return History(context);
+    if (action == "restore") return Restore(context);
+    throw UsageError(std::string("Uso: kitra-host ") + kUsage);
+}
+
+}  // namespace kitra::backoffice::cli

@@ -1,0 +1,80 @@
+// kitra-host state: each restaurant's two import dates, the moments from which its next import
+// selects what changed, shown and moved (back after a failed run, or forward to skip data).
+#include <ostream>
+
+#include "backoffice/BackOffice.h"
+#include "backoffice/RunLock.h"
+#include "backoffice/SettingsDocument.h"
+#include "backoffice/cli/Command.h"
+#include "core/DateTime.h"
+#include "core/Error.h"
+
+namespace kitra::backoffice::cli {
+namespace {
+
+constexpr const char* kSetUsage =
+    "state set RESTAURANTE [--entities \"aaaa-mm-dd hh:mm:ss\"] [--transactions \"aaaa-mm-dd hh:mm:ss\"]";
+
+SettingsDocument StoredSettings(BackOffice& office) {
+    const auto stored = office.settingsStore.StoredText(kSettingsKey1, kSettingsKey2);
+    if (!stored) {
+        throw Error("Não há configurações guardadas. Guarde-as com 'kitra-host settings load FICHEIRO'.");
+    }
+    try {
+        return SettingsDocument::Parse(*stored);
+    } catch (const Error& error) {
+        throw Error("As configurações guardadas não se deixam ler (" + error.Description() +
+                    "). Veja 'kitra-host settings history' para repor uma versão anterior.");
+    }
+}
+
+std::optional<std::string> DateOption(CommandContext& context, const std::string& name) {
+    auto value = context.TakeOption(name);
+    if (value && !IsIsoDateTime(*value)) {
+        throw UsageError("Data inválida em " + name + ": '" + *value +
+                         "'. Use o formato \"aaaa-mm-dd hh:mm:ss\", por exemplo \"2024-01-05 10:00:00\".");
+    }
+    return value;
+}
+
+void Print(std::ostream& out, const std::vector<RestaurantSettings>& restaurants) {
+    out << "Restaurante\tEntidades\tTransacções\n";
+    for (const RestaurantSettings& r : restaurants)
+        out << r.name << "\t" << r.importDateEntities << "\t" << r.importDateTransactions << "\n";
+}
+
+int Set(CommandContext& context) {
+    const auto entities = DateOption(context, "--entities");
+    const auto transactions = DateOption(context, "--transactions");
+    ExpectArguments(context, 2, kSetUsage);
+    if (!entities && !transactions) {
+        throw UsageError(std::string("Indique --entities, --transactions ou as duas. Uso: kitra-host ") +
+                         kSetUsage);
+    }
+    const std::string& name = context.arguments[1];
+    RunLock lock(context.dataFolder, "'state set'");
+    BackOffice office(context.dataFolder);
+    SettingsDocument settings = StoredSettings(office);
+    settings.SetImportDates(name, entities, transactions);
+    office.settingsStore.SetOrigin("state set " + name);
+    office.settingsStore.SaveText(kSettingsKey1, kSettingsKey2, settings.Text());
+    for (const RestaurantSettings& r : settings.Restaurants()) {
+        if (r.name != name) continue;
+        context.out << "Datas de importação de '" << name << "': entidades " << r.importDateEntities
+                    << ", transacções " << r.importDateTransactions << ".\n";
+        break;
+    }
+    return kExitOk;
+}
+
+}  // namespace
+
+int RunState(CommandContext& context) {
+    if (!context.arguments.empty() && context.arguments.front() == "set") return Set(context);
+    ExpectArguments(context, 0, "state | kitra-host " + std::string(kSetUsage));
+    BackOffice office(context.dataFolder);
+    Print(context.out, StoredSettings(office).Restaurants());
+    return kExitOk;
+}
+
+}  // namespace kitra::backoffice::cli

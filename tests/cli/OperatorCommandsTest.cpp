@@ -1,0 +1,347 @@
+// kitra-host as an operator's tool, without a restaurant server: failures that show in the exit
+// code and on stderr, the run lock, the import state, settings that are checked before they are
+// stored and kept when they are replaced, a locked back office, a log row that could not be
+// stored, and back-office files that are not back offices.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "backoffice/BackOffice.h"
+#include "backoffice/RunLock.h"
+#include "backoffice/SettingsDocument.h"
+#include "tests/cli/KitraHostRun.h"
+
+namespace kitra {
+namespace {
+namespace fs = std::filesystem;
+
+using testing::HostResult;
+using testing::KitraHostTest;
+using OperatorTest = KitraHostTest;
+
+std::string Restaurant(const std::string& name, const std::string& password = "p",
+                       const std::string& extra = "") {
+    return "<Restaurant Name=\"" + name + "\" ServerName=\"127.0.0.1\" ServerPort=\"1\" ServerDBName=\"r\" "
+           "ServerUser=\"u\" ServerPassword=\"" + password + "\" ImportDateEntities=\"2010-01-01 00:00:00\" "
+           "ImportDateTransactions=\"2010-01-01 00:00:00\"" + extra + "/>";
+}
+
+std::string Settings(const std::string& restaurants) {
+    return "<KitraConnectorSetting InvoiceTransDocument=\"FAC\" DefaultTenderPayment=\"1\" "
+           "DefaultTaxableGroup=\"1\"><Restaurants>" + restaurants +
+           "</Restaurants><TenderEquivalence/><TaxableGroupEquivalence/></KitraConnectorSetting>";
+}
+
+TEST_F(OperatorTest, AnUnreachableRestaurantExitsThreeAndIsNamedOnStderr) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro") + Restaurant("Praia")))).exit, 0);
+    const HostResult run = Run("execute");
+    EXPECT_EQ(run.exit, 3) << run.out;
+    for (const char* name : {"Centro", "Praia"}) {
+        EXPECT_NE(run.err.find(std::string("o restaurante '") + name + "' teve erros: Vendedores - ## Erro ## "
+                               "Não foi possível estabelecer comunicação com o Servidor."),
+                  std::string::npos)
+            << run.err;
+        EXPECT_NE(run.err.find(std::string("kitra-host state set '") + name +
+                               "' --entities '2010-01-01 00:00:00' --transactions '2010-01-01 00:00:00'"),
+                  std::string::npos)
+            << run.err;
+    }
+    EXPECT_NE(run.err.find("kitra-host log show 'Centro' '"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("kitra-host check"), std::string::npos) << run.err;
+    // The run reached its end, which is said on the output as always.
+    EXPECT_EQ(run.err.find("A importação chegou ao fim."), std::string::npos);
+    EXPECT_NE(run.out.find("A importação chegou ao fim."), std::string::npos);
+}
+
+TEST_F(OperatorTest, QuietRunShowsOnlyTheSummary) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    const HostResult run = Run("execute --quiet");
+    EXPECT_EQ(run.exit, 3);
+    const std::string out = run.out.substr(0, run.out.size() - run.err.size());
+    EXPECT_EQ(out.find("A integrar Restaurante"), std::string::npos) << out;
+    EXPECT_NE(out.find("Resumo Importação Restaurante: Centro\n"), std::string::npos) << out;
+    EXPECT_NE(out.find(" - Recibos: 0\n"), std::string::npos) << out;
+    EXPECT_EQ(Run("execute --quiet --verbose").exit, 2);
+}
+
+TEST_F(OperatorTest, ARunThatCannotReachItsEndExitsOne) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    // The log folder is a file: the run's log cannot be written and the run stops.
+    fs::remove_all(Data() / "logs");
+    std::ofstream(Data() / "logs") << "not a folder";
+    const HostResult run = Run("execute");
+    EXPECT_EQ(run.exit, 1) << run.out;
+    // The run's error box goes to stderr, with the end of the run not reached.
+    EXPECT_NE(run.err.find("## Erro ## Ocorreu um erro na importação"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("a importação não chegou ao fim"), std::string::npos) << run.err;
+    EXPECT_NE(Run("state").out.find("\nCentro\t2010-01-01 00:00:00\t2010-01-01 00:00:00\n"), std::string::npos);
+}
+
+TEST_F(OperatorTest, ASecondRunAndSettingsChangesRefuseWhileARunHoldsTheLock) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    const std::string before = Run("settings show --reveal").out;
+    {
+        backoffice::RunLock held(Data(), "a importação");  // as a run in another program holds it
+        for (const std::string& command :
+             {std::string("execute"), "settings load " + WriteSettings(Settings(Restaurant("Praia")), "other.xml"),
+              std::string("settings delete --yes"), std::string("state set Centro --entities '2020-01-01 00:00:00'"),
+              std::string("reset-data"), std::string("settings restore 1")}) {
+            const HostResult r = Run(command);
+            EXPECT_EQ(r.exit, 1) << command << "\n" << r.out;
+            EXPECT_NE(r.err.find("Está a decorrer uma importação nesta retaguarda (processo "), std::string::npos)
+                << command << "\n" << r.err;
+        }
+        EXPECT_EQ(Run("settings show --reveal").out, before);
+        EXPECT_EQ(Run("state").exit, 0);  // reading is fine
+    }
+    EXPECT_EQ(Run("state set Centro --entities '2020-01-01 00:00:00'").exit, 0);
+}
+
+TEST_F(OperatorTest, StateListsAndMovesTheImportDates) {
+    EXPECT_EQ(Run("state").exit, 1);  // nothing stored yet
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro") + Restaurant("Praia")))).exit, 0);
+    EXPECT_EQ(Run("state").out,
+              "Restaurante\tEntidades\tTransacções\n"
+              "Centro\t2010-01-01 00:00:00\t2010-01-01 00:00:00\n"
+              "Praia\t2010-01-01 00:00:00\t2010-01-01 00:00:00\n");
+    EXPECT_EQ(Run("state set Praia --transactions '2024-01-05 10:00:00'").exit, 0);
+    EXPECT_EQ(Run("state set Centro --entities '2023-12-31 23:59:59' --transactions '2024-01-01 00:00:00'").exit, 0);
+    EXPECT_EQ(Run("state").out,
+              "Restaurante\tEntidades\tTransacções\n"
+              "Centro\t2023-12-31 23:59:59\t2024-01-01 00:00:00\n"
+              "Praia\t2010-01-01 00:00:00\t2024-01-05 10:00:00\n");
+    for (const char* wrong : {"'2024-1-5 10:00:00'", "'2024-02-30 00:00:00'", "ontem", "'2024-01-05'"}) {
+        const HostResult r = Run(std::string("state set Centro --entities ") + wrong);
+        EXPECT_EQ(r.exit, 2) << wrong;
+        EXPECT_NE(r.err.find("aaaa-mm-dd hh:mm:ss"), std::string::npos) << r.err;
+    }
+    EXPECT_EQ(Run("state set Centro").exit, 2);
+    EXPECT_EQ(Run("state set Norte --entities '2024-01-05 10:00:00'").exit, 1);
+    // Every change is kept: the history shows who replaced what.
+    const std::string history = Run("settings history").out;
+    EXPECT_NE(history.find("\tstate set Praia\t2"), std::string::npos) << history;
+    EXPECT_NE(history.find("\tsettings load\t"), std::string::npos) << history;
+}
+
+TEST_F(OperatorTest, ASettingsFileThatIsNotUsableLeavesTheStoredSettingsByteForByte) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    const std::string stored = Run("settings show --reveal").out;
+    const std::string binary("<KitraConnectorSetting\0/>", 25);
+    struct Case {
+        std::string text;
+        std::string said;
+    };
+    const Case cases[] = {
+        {"", "está vazio"},
+        {" \n\t", "está vazio"},
+        {binary, "não é texto UTF-8"},
+        {"\xff\xfe<\0K\0", "não é texto UTF-8"},
+        {"<KitraConnectorSetting>\n  <Restaurants>\n  </Restaurant>", "linha 3, coluna 5"},
+        {"<KitraConnectorSetting", "linha 1"},
+        {"<Other/>", "O elemento de topo é <Other>"},
+        {"<KitraConnectorSetting/><KitraConnectorSetting/>", "segundo elemento"},
+        {"<KitraConnectorSetting InvoiceTransDocument=\"A & B\"/>", "\"&\""},
+        {"<KitraConnectorSetting InvoiceTransDocument=\"A &nbsp; B\"/>", "\"&\""},
+        {"<KitraConnectorSetting InvoiceTransDocument=\"a<b\"/>", "linha 1"},
+        {"<KitraConnectorSetting A=\"1\" A=\"2\"/>", "repete um atributo"},
+        {Settings(Restaurant("Centro", "pa;ss")), "palavra-passe"},
+        {Settings(Restaurant("Centro").replace(Restaurant("Centro").find("ServerDBName=\"r\""), 16,
+                                               "ServerDBName=\"x;Server=other\"")),
+         "x;Server=other"},
+        {Settings(Restaurant("Um nome com mais de vinte e cinco")), "mais de 25 caracteres"},
+        {Settings(Restaurant("Centro").replace(Restaurant("Centro").find("2010-01-01 00:00:00"), 19, "2010-1-1")),
+         "ImportDateEntities '2010-1-1'"},
+        {Settings(Restaurant("Centro") + Restaurant("Centro")), "repete-se"},
+    };
+    for (const Case& c : cases) {
+        const HostResult r = Run("settings load " + WriteSettings(c.text, "bad.xml"));
+        EXPECT_EQ(r.exit, 1) << c.text << "\n" << r.out;
+        EXPECT_NE(r.err.find("foram recusadas; as configurações guardadas ficaram como estavam"), std::string::npos)
+            << r.err;
+        EXPECT_NE(r.err.find(c.said), std::string::npos) << c.text << "\n" << r.err;
+        EXPECT_EQ(r.err.find("pa;ss"), std::string::npos) << r.err;  // a password is never shown
+        EXPECT_EQ(Run("settings show --reveal").out, stored) << c.text;
+    }
+    EXPECT_EQ(Run("settings history").out, "Não há versões anteriores das configurações.\n");
+}
+
+TEST_F(OperatorTest, ARestaurantNameIsMeasuredInCharacters) {
+    // 25 characters in 27 bytes: what the log table holds.
+    const std::string name = "Restaurante São João Baptis";
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant(name.substr(0, name.size() - 2))))).exit, 0);
+    EXPECT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant(name + "ta")))).exit, 1);
+}
+
+TEST_F(OperatorTest, UnknownAttributesAreWarnings) {
+    const HostResult r = Run("settings load " +
+                             WriteSettings(Settings(Restaurant("Centro", "p", " SeverPort=\"3306\""))));
+    EXPECT_EQ(r.exit, 0) << r.out;
+    EXPECT_NE(r.err.find("aviso: Atributo desconhecido SeverPort no elemento <Restaurant>"), std::string::npos)
+        << r.err;
+}
+
+TEST_F(OperatorTest, ShowMasksPasswordsUnlessRevealed) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro", "segredo")))).exit, 0);
+    const HostResult shown = Run("settings show");
+    EXPECT_EQ(shown.exit, 0);
+    EXPECT_EQ(shown.out.find("segredo"), std::string::npos) << shown.out;
+    EXPECT_NE(shown.out.find("ServerPassword=\"********\""), std::string::npos) << shown.out;
+    EXPECT_NE(Run("settings show --reveal").out.find("ServerPassword=\"segredo\""), std::string::npos);
+}
+
+TEST_F(OperatorTest, HistoryKeepsReplacedSettingsAndRestoreBringsThemBack) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro") + Restaurant("Praia")))).exit, 0);
+    const std::string first = Run("settings show --reveal").out;
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Norte")))).exit, 0);
+    ASSERT_EQ(Run("settings delete --yes").exit, 0);
+    const HostResult history = Run("settings history");
+    ASSERT_EQ(history.exit, 0);
+    EXPECT_TRUE(history.out.starts_with("N\tguardada em\tpor\tsubstituída em\tpor\trestaurantes\n2\t"))
+        << history.out;
+    EXPECT_NE(history.out.find("\tsettings load\t"), std::string::npos);
+    EXPECT_NE(history.out.find("\tsettings delete\t1\n"), std::string::npos) << history.out;
+    EXPECT_NE(history.out.find("\n1\t"), std::string::npos);
+    EXPECT_TRUE(history.out.ends_with("\tsettings load\t2\n")) << history.out;
+
+    const HostResult restore = Run("settings restore 1");
+    EXPECT_EQ(restore.exit, 0) << restore.out;
+    EXPECT_EQ(Run("settings show --reveal").out, first);
+    EXPECT_EQ(Run("settings restore 99").exit, 1);
+    EXPECT_EQ(Run("settings restore x").exit, 2);
+}
+
+TEST_F(OperatorTest, ALockedBackOfficeSaysSoInsteadOfTheLogTableMessage) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    backoffice::Database other(backoffice::BackOffice::FileIn(Data()), backoffice::Database::OpenMode::Existing);
+    other.Exec("BEGIN IMMEDIATE");  // another program's write, never finished
+    const HostResult run = Run("execute", "KITRA_HOST_BUSY_TIMEOUT_MS=200");
+    EXPECT_EQ(run.exit, 1) << run.out;
+    EXPECT_NE(run.err.find("está bloqueada por outro programa"), std::string::npos) << run.err;
+    EXPECT_EQ(run.out.find("criar/abrir a tabela de Log"), std::string::npos) << run.out;
+    const HostResult load = Run("settings load " + WriteSettings(Settings(Restaurant("Praia"))),
+                                "KITRA_HOST_BUSY_TIMEOUT_MS=200");
+    EXPECT_EQ(load.exit, 1);
+    EXPECT_NE(load.err.find("está bloqueada por outro programa"), std::string::npos) << load.err;
+    other.Exec("ROLLBACK");
+    EXPECT_NE(Run("state").out.find("Centro\t"), std::string::npos);
+}
+
+TEST_F(OperatorTest, ALogRowThatCannotBeStoredIsKeptInTheLogFolderAndReported) {
+    // Settings stored by an older program, with a name longer than the log table holds.
+    const std::string name = "Restaurante do Centro Historico";
+    {
+        backoffice::BackOffice office(Data());
+        office.settingsStore.SaveText(backoffice::kSettingsKey1, backoffice::kSettingsKey2,
+                                      Settings(Restaurant(name)));
+    }
+    const HostResult run = Run("execute");
+    EXPECT_EQ(run.exit, 3) << run.out;
+    EXPECT_NE(run.err.find("o registo de log do restaurante '" + name + "' não foi guardado na retaguarda"),
+              std::string::npos)
+        << run.err;
+    int kept = 0;
+    for (const auto& entry : fs::directory_iterator(Data() / "logs")) {
+        const std::string file = entry.path().filename().string();
+        ASSERT_TRUE(file.starts_with(name) && file.ends_with("-NAO-GUARDADO.txt")) << file;
+        EXPECT_NE(run.err.find(entry.path().string()), std::string::npos) << run.err;
+        const std::string text = testing::KitraHostTest::ReadWhole(entry.path());
+        EXPECT_TRUE(text.starts_with(" - # START # ")) << text;
+        EXPECT_NE(text.find("# END # "), std::string::npos);
+        ++kept;
+    }
+    EXPECT_EQ(kept, 1);
+}
+
+TEST_F(OperatorTest, ARunOverUnreadableSettingsSaysSoAndTheirTextCanBeRestored) {
+    // A text stored by an older program, with a bare "&": the connector reads it as empty.
+    const std::string unreadable = Settings(Restaurant("Centro", "a&b"));
+    {
+        backoffice::BackOffice office(Data());
+        office.settingsStore.SaveText(backoffice::kSettingsKey1, backoffice::kSettingsKey2, unreadable);
+    }
+    const HostResult run = Run("execute");
+    EXPECT_EQ(run.exit, 3) << run.out;
+    EXPECT_NE(run.err.find("as configurações guardadas não se deixavam ler"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("kitra-host settings restore N"), std::string::npos) << run.err;
+    EXPECT_EQ(Run("state").out, "Restaurante\tEntidades\tTransacções\n");  // saved empty by the run
+    const HostResult history = Run("settings history");
+    ASSERT_TRUE(history.out.starts_with("N\tguardada em\tpor\tsubstituída em\tpor\trestaurantes\n1\t")) << history.out;
+    EXPECT_NE(history.out.find("\texecute\t?\n"), std::string::npos) << history.out;
+    EXPECT_EQ(Run("settings restore 1").exit, 0);
+    EXPECT_EQ(Run("settings show --reveal").out, unreadable + "\n");
+}
+
+TEST_F(OperatorTest, CommandsOnAFolderWithoutABackOfficeLeaveNothingThere) {
+    fs::remove_all(Data());
+    fs::create_directories(Data());
+    for (const char* command : {"execute", "state set Centro --entities '2020-01-01 00:00:00'", "reset-data"}) {
+        const HostResult r = Run(command);
+        EXPECT_EQ(r.exit, 1) << command;
+        EXPECT_NE(r.err.find("Não existe nenhuma retaguarda na pasta"), std::string::npos) << r.err;
+    }
+    EXPECT_TRUE(fs::is_empty(Data()));
+}
+
+TEST_F(OperatorTest, AnEmptyOrForeignBackOfficeFileIsRefused) {
+    fs::remove_all(Data());
+    fs::create_directories(Data());
+    std::ofstream(Data() / "backoffice.sqlite").close();
+    for (const char* command : {"state", "settings show", "log list", "execute"}) {
+        const HostResult r = Run(command);
+        EXPECT_EQ(r.exit, 1) << command;
+        EXPECT_NE(r.err.find("existe mas está vazio: não é uma retaguarda"), std::string::npos) << r.err;
+    }
+    EXPECT_EQ(fs::file_size(Data() / "backoffice.sqlite"), 0u);
+    const HostResult init = Run("init");
+    EXPECT_EQ(init.exit, 1);
+    EXPECT_NE(init.err.find("está vazio"), std::string::npos) << init.err;
+
+    fs::remove(Data() / "backoffice.sqlite");
+    {
+        backoffice::Database foreign(backoffice::BackOffice::FileIn(Data()), backoffice::Database::OpenMode::CreateNew);
+        foreign.Exec("CREATE TABLE invoices (id INTEGER)");
+    }
+    const HostResult r = Run("state");
+    EXPECT_EQ(r.exit, 1);
+    EXPECT_NE(r.err.find("é uma base de dados de outro programa, não uma retaguarda (tabelas: invoices)"),
+              std::string::npos)
+        << r.err;
+    EXPECT_NE(Run("init").err.find("(tabelas: invoices)"), std::string::npos);
+
+    std::ofstream(Data() / "backoffice.sqlite", std::ios::trunc) << "just some text, long enough to not be empty";
+    EXPECT_NE(Run("state").err.find("não é uma base de dados SQLite"), std::string::npos);
+}
+
+TEST_F(OperatorTest, RegisteringALibraryThatIsNotAComponentFailsClearly) {
+    const std::string library = (folder / "libother.so").string();
+    // Any shared library without the component's entry points: the test program's SQLite will do.
+    fs::copy_file(KITRA_SQLITE_LIBRARY, library);
+    const HostResult r = Run("register " + Quote(library));
+    EXPECT_EQ(r.exit, 1) << r.out;  // not an abort
+    EXPECT_NE(r.err.find("não é um componente: não exporta DllGetClassObject"), std::string::npos) << r.err;
+    EXPECT_FALSE(fs::exists(folder / "registry") && !ReadWhole(folder / "registry").empty());
+}
+
+TEST_F(OperatorTest, UnregisterWorksWhenTheRegisteredModuleIsGone) {
+    const std::string copy = (folder / "POSConnectorKitra.so").string();
+    fs::copy_file(KITRA_CONNECTOR_MODULE_FILE, copy);
+    ASSERT_EQ(Run("register " + Quote(copy)).exit, 0);
+    fs::remove(copy);
+    const HostResult info = Run("info");
+    EXPECT_EQ(info.exit, 1);
+    // The message says where the registry is and how to mend it.
+    EXPECT_NE(info.err.find("O registo de componentes é o ficheiro '" + (folder / "registry").string() + "'"),
+              std::string::npos)
+        << info.err;
+    EXPECT_NE(info.err.find("kitra-host register"), std::string::npos);
+    const HostResult r = Run("unregister");
+    EXPECT_EQ(r.exit, 0) << r.out;
+    EXPECT_NE(r.out.find("já não existe; o registo do componente foi anulado"), std::string::npos) << r.out;
+    EXPECT_EQ(ReadWhole(folder / "registry"), "");
+    EXPECT_EQ(Run("info").exit, 0);  // the module built beside the program again
+}
+
+}  // namespace
+}  // namespace kitra
