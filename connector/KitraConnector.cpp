@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "connector/DialogsModule.h"
 #include "connector/Module.h"
 #include "core/Text.h"
 #include "import/KitraExecutioner.h"
@@ -143,8 +144,9 @@ bool KitraConnector::Delete() {
 
 void KitraConnector::ShowTrace() {
     try {
-        SayDialogNotAvailable("A janela do log de importações");
+        ShowTraceDialog(host::CurrentHostServices());
     } catch (...) {
+        // Nothing to tell the host: the dialog could not even be asked for.
     }
 }
 
