@@ -44,6 +44,7 @@ int RunSettings(CommandContext& context);
 int RunValidate(CommandContext& context);
 int RunExecute(CommandContext& context);
 int RunLog(CommandContext& context);
+int RunTrace(CommandContext& context);
 int RunResetData(CommandContext& context);
 int RunRegister(CommandContext& context);
 int RunUnregister(CommandContext& context);

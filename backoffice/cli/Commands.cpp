@@ -12,8 +12,11 @@ const std::vector<Command>& AllCommands() {
         {"validate", "", "Valida as configurações guardadas.", &RunValidate},
         {"execute", "", "Importa os restaurantes configurados.", &RunExecute},
         {"log", "list|show|delete ...",
-         "Lista os registos de log; mostra ou apaga um: RESTAURANTE \"aaaa-mm-dd hh:mm:ss\".",
+         "Lista os registos de log com os erros e avisos de cada um; mostra ou apaga um: "
+         "RESTAURANTE \"aaaa-mm-dd hh:mm:ss\"; 'show latest' e 'show RESTAURANTE' mostram o "
+         "mais recente.",
          &RunLog},
+        {"trace", "", "Abre a janela do log de importações (precisa de um ecrã).", &RunTrace},
         {"reset-data", "", "Esvazia o log de importações (as datas ficam).", &RunResetData},
         {"register", "[MÓDULO]", "Regista o componente POSConnectorKitra.", &RunRegister},
         {"unregister", "", "Anula o registo do componente.", &RunUnregister},

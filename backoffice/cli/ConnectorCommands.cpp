@@ -10,76 +10,17 @@
 #include "backoffice/BackOffice.h"
 #include "backoffice/ConsoleServices.h"
 #include "backoffice/cli/Command.h"
-#include "backoffice/cli/ComponentLoader.h"
-#include "backoffice/cli/TerminalNotifier.h"
+#include "backoffice/cli/ConnectorSession.h"
 #include "core/DateTime.h"
 #include "core/Error.h"
+#include "backoffice/LogProblems.h"
 
 namespace kitra::backoffice::cli {
 namespace {
 
-constexpr const char* kEndOfRun = "A importação chegou ao fim.";
-
 // The keys the connector files its settings under; the host knows only the keys and the text.
 constexpr const char* kSettingsKey1 = "Quarn.Mercatill.Connector";
 constexpr const char* kSettingsKey2 = "Kitra";
-
-// Console message boxes that also remember whether the end of a run was announced.
-class WatchingMessageBoxes final : public host::IMessageBoxService {
-public:
-    WatchingMessageBoxes(std::istream* in, std::ostream& out) : console_(in, out) {}
-    host::MessageAnswer Show(const std::string& text, host::MessageStyle style,
-                             host::MessageButtons buttons, const std::string& title) override {
-        if (text == kEndOfRun) runEnded = true;
-        return console_.Show(text, style, buttons, title);
-    }
-    bool runEnded = false;
-
-private:
-    ConsoleMessageBoxes console_;
-};
-
-// The back office opened, its services installed for the process, the component loaded and
-// one connector created through the class factory; all undone in reverse order.
-class ConnectorSession {
-public:
-    explicit ConnectorSession(CommandContext& context)
-        : office_(context.dataFolder),
-          notifier_(std::make_shared<TerminalNotifier>(context.out, ::isatty(STDOUT_FILENO) == 1)),
-          boxes_(context.in, context.out),
-          services_(office_.Services(notifier_.get(), &boxes_)) {
-        host::InstallHostServices(&services_);
-        try {
-            module_ = std::make_unique<ComponentModule>(ConnectorModulePath());
-            connector_ = module_->CreateConnector(ConnectorClassId());
-            connector_->EventNotifier(notifier_);
-            connector_->Init();
-        } catch (...) {
-            host::InstallHostServices(nullptr);
-            throw;
-        }
-    }
-    ~ConnectorSession() {
-        if (connector_) connector_->Dispose();
-        connector_.Reset();
-        module_.reset();
-        host::InstallHostServices(nullptr);
-    }
-    ConnectorSession(const ConnectorSession&) = delete;
-    ConnectorSession& operator=(const ConnectorSession&) = delete;
-
-    host::IConnector& Connector() { return *connector_.Get(); }
-    BackOffice& Office() { return office_; }
-    bool RunEnded() const { return boxes_.runEnded; }
-
-private:
-    BackOffice office_;
-    std::shared_ptr<TerminalNotifier> notifier_;
-    WatchingMessageBoxes boxes_;
-    host::HostServices services_;
-    std::unique_ptr<ComponentModule> module_;
-    host::ComPtr<host::IConnector> connector_;
-};
 
 void ExpectArguments(const CommandContext& context, std::size_t count, const std::string& usage) {
     if (context.arguments.size() != count) throw UsageError("Uso: kitra-host " + usage);
@@ -96,6 +37,11 @@ DateTime ParseMoment(const std::string& text) {
 }
 
 bool LogTableExists(BackOffice& office) { return office.schema.TableExists("Kitra2Log"); }
+
+// "1 erro", "2 erros", "0 erros".
+std::string Counted(int count, const char* one, const char* many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
 
 }  // namespace
 
@@ -177,20 +123,40 @@ int RunResetData(CommandContext& context) {
 
 int RunLog(CommandContext& context) {
     const std::string usage =
-        "log list | log show RESTAURANTE \"aaaa-mm-dd hh:mm:ss\" | log delete RESTAURANTE "
-        "\"aaaa-mm-dd hh:mm:ss\"";
+        "log list | log show latest|RESTAURANTE [\"aaaa-mm-dd hh:mm:ss\"] | log delete "
+        "RESTAURANTE \"aaaa-mm-dd hh:mm:ss\"";
     if (context.arguments.empty()) throw UsageError("Uso: kitra-host " + usage);
     const std::string action = context.arguments.front();
     BackOffice office(context.dataFolder);
     if (action == "list") {
         ExpectArguments(context, 1, "log list");
         if (!LogTableExists(office)) return kExitOk;
-        ado::Recordset rs = office.connection.Query(
-            host::SqlStatement("SELECT RestaurantID, ImportDate FROM Kitra2Log ORDER BY ImportDate DESC"));
+        ado::Recordset rs = office.connection.Query(host::SqlStatement(
+            "SELECT RestaurantID, ImportDate, Contents FROM Kitra2Log ORDER BY ImportDate DESC"));
         for (; !rs.Eof(); rs.MoveNext()) {
+            const LogProblems problems =
+                CountLogProblems(rs["Contents"].IsNull() ? std::string() : rs["Contents"].ToText());
             context.out << rs["RestaurantID"].ToText() << "\t"
-                        << FormatIsoDateTime(rs["ImportDate"].ToDate()) << "\n";
+                        << FormatIsoDateTime(rs["ImportDate"].ToDate()) << "\t"
+                        << Counted(problems.errors, "erro", "erros") << ", "
+                        << Counted(problems.warnings, "aviso", "avisos") << "\n";
         }
+        return kExitOk;
+    }
+    if (action == "show" && context.arguments.size() == 2) {
+        // The newest log of all ("latest") or of one restaurant.
+        const std::string& which = context.arguments[1];
+        const bool latest = which == "latest";
+        const std::string missing = latest ? "O log de importações está vazio."
+                                           : "Não existe registo de log do restaurante '" + which + "'.";
+        if (!LogTableExists(office)) throw Error(missing);
+        ado::Recordset rs = office.connection.Query(
+            latest ? host::SqlStatement("SELECT Contents FROM Kitra2Log ORDER BY ImportDate DESC LIMIT 1")
+                   : host::SqlStatement("SELECT Contents FROM Kitra2Log WHERE RestaurantID=? "
+                                        "ORDER BY ImportDate DESC LIMIT 1",
+                                        {Variant(which)}));
+        if (rs.Eof()) throw Error(missing);
+        context.out << (rs["Contents"].IsNull() ? std::string() : rs["Contents"].ToText());
         return kExitOk;
     }
     if (action != "show" && action != "delete") throw UsageError("Uso: kitra-host " + usage);

@@ -60,7 +60,6 @@ frmKitraLog::frmKitraLog(const host::HostServices& services, QWidget* parent)
     cmdDelete_->setObjectName(QStringLiteral("cmdDelete"));
     cmdExit_->setObjectName(QStringLiteral("cmdExit"));
     setWindowTitle(QString::fromStdString(viewer_->Title()));
-    setModal(true);
 
     // The grid: one fixed header row, three columns, whole rows selected, several at once,
     // nothing edited in place.
@@ -73,6 +72,8 @@ frmKitraLog::frmKitraLog(const host::HostServices& services, QWidget* parent)
     vsfImportLog_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     vsfImportLog_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     vsfImportLog_->horizontalHeader()->setHighlightSections(false);
+    // The margin column is narrower than Qt's default least width of a column.
+    vsfImportLog_->horizontalHeader()->setMinimumSectionSize(1);
     int gridWidth = 0;
     for (std::size_t column = 0; column < KitraLogViewer::kColumnWidthsTwips.size(); ++column) {
         const int pixels = TwipsToPixels(KitraLogViewer::kColumnWidthsTwips[column], logicalDpiX());

@@ -30,7 +30,6 @@ frmKitraLogContents::frmKitraLogContents(const host::HostServices& services, QWi
     setObjectName(QStringLiteral("frmKitraLogContents"));
     txtLog_->setObjectName(QStringLiteral("txtLog"));
     cmdOk_->setObjectName(QStringLiteral("cmdOk"));
-    setModal(true);
     txtLog_->setReadOnly(true);
     txtLog_->setLineWrapMode(QPlainTextEdit::NoWrap);
     // The log's columns line up only in a fixed-width font.

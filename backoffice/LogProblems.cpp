@@ -1,6 +1,6 @@
-#include "log/LogProblems.h"
+#include "backoffice/LogProblems.h"
 
-namespace kitra {
+namespace kitra::backoffice {
 namespace {
 
 constexpr std::string_view kErrorMark = "## Erro ##";
@@ -35,4 +35,4 @@ LogProblems CountLogProblems(std::string_view contents) {
     return problems;
 }
 
-}  // namespace kitra
+}  // namespace kitra::backoffice

@@ -1,9 +1,9 @@
 // Counting the error and warning lines of an import log from its text.
-#include "log/LogProblems.h"
+#include "backoffice/LogProblems.h"
 
 #include <gtest/gtest.h>
 
-namespace kitra {
+namespace kitra::backoffice {
 namespace {
 
 TEST(LogProblems, ACleanLogHasNone) {
@@ -35,4 +35,4 @@ TEST(LogProblems, WarningLinesTellOfARecordLeftOut) {
 }
 
 }  // namespace
-}  // namespace kitra
+}  // namespace kitra::backoffice

@@ -1,9 +1,9 @@
 #pragma once
-// How many lines of an import log report an error and how many a tolerated, unexpected
-// situation (a warning), read from the log's text alone.
+// For the terminal's log list: how many lines of an import log report an error and how many a
+// tolerated, unexpected situation (a warning), read from the log's text alone.
 #include <string_view>
 
-namespace kitra {
+namespace kitra::backoffice {
 
 struct LogProblems {
     int errors = 0;
@@ -16,4 +16,4 @@ struct LogProblems {
 // words of every record an importer leaves out and goes on.
 LogProblems CountLogProblems(std::string_view contents);
 
-}  // namespace kitra
+}  // namespace kitra::backoffice

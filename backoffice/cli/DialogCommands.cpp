@@ -1,0 +1,17 @@
+// The commands that open the connector's dialogs in windows, through the windowed part of the
+// program; they need a screen.
+#include "backoffice/cli/Command.h"
+#include "backoffice/cli/ConnectorSession.h"
+#include "backoffice/cli/Desktop.h"
+
+namespace kitra::backoffice::cli {
+
+int RunTrace(CommandContext& context) {
+    if (!context.arguments.empty()) throw UsageError("Uso: kitra-host trace");
+    Desktop desktop;
+    ConnectorSession session(context, &desktop.MessageBoxes());
+    session.Connector().ShowTrace();
+    return kExitOk;
+}
+
+}  // namespace kitra::backoffice::cli

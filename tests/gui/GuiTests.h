@@ -1,0 +1,12 @@
+#pragma once
+// Every suite of dialog tests, run one after the other under one Qt application object.
+#include <QObject>
+#include <vector>
+
+namespace kitra::testing {
+
+QObject* NewLogViewerGuiTest();
+
+inline std::vector<QObject*> GuiTestSuites() { return {NewLogViewerGuiTest()}; }
+
+}  // namespace kitra::testing
