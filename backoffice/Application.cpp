@@ -33,6 +33,10 @@ const std::map<long, std::string>& Texts() {
         {4130012, "Log da Importação - "},
         // Caption of the button that closes one import's log.
         {4130013, "OK"},
+        // Caption of the connector's settings dialog.
+        {4130014, "Configuração do Integrador KitranaII"},
+        // Caption of the restaurant editor.
+        {4130015, "Restaurante"},
     };
     return texts;
 }

@@ -8,6 +8,7 @@
 #include "import/KitraExecutioner.h"
 #include "log/DSOKitraLog.h"
 #include "settings/KitraConnectorSetting.h"
+#include "settings/SettingsEditor.h"
 
 #ifndef KITRA_VERSION_MAJOR
 #error "the build gives the component's version"
@@ -103,9 +104,21 @@ bool KitraConnector::ValidateSettings() {
         const host::HostServices& services = host::CurrentHostServices();
         KitraConnectorSetting setting(*services.utility);
         if (!services.settingsStore->Load(setting)) return false;
-        // The settings dialog's checks decide; until that dialog exists, stored settings that
-        // load are what there is to check.
-        return true;
+        // The settings dialog's own validation, over the controls as the dialog would fill
+        // them, without showing it; every failing rule is told, not only the first.
+        const SettingsEditor editor(services);
+        std::string failedZone;
+        const SettingsForm form = editor.Load(setting, &failedZone);
+        std::vector<std::string> failures;
+        if (!failedZone.empty()) failures.push_back(SettingsEditor::ZoneMessage(failedZone));
+        for (std::string& failure : editor.Failures(form)) failures.push_back(std::move(failure));
+        if (services.messageBoxes != nullptr) {
+            for (const std::string& failure : failures) {
+                services.messageBoxes->Show(failure, host::MessageStyle::Information,
+                                            host::MessageButtons::Ok, services.application->Title());
+            }
+        }
+        return failures.empty();
     } catch (...) {
         return false;
     }

@@ -63,6 +63,15 @@ const std::string kOneRestaurant =
     "ImportDateEntities=\"2010-01-01 00:00:00\" ImportDateTransactions=\"2010-01-01 00:00:00\"/>"
     "</Restaurants><TenderEquivalence/><TaxableGroupEquivalence/></KitraConnectorSetting>";
 
+const std::string kValidSettings =
+    "<KitraConnectorSetting InvoiceTransDocument=\"VB\" CreditTransDocument=\"FAC\" "
+    "StockTransDocument=\"GT\" CashEntranceTransDocument=\"EC\" CashWithdrawalTransDocument=\"SC\" "
+    "CustomerPaymentTransDocument=\"PCL\" CustomerPaymentAccountDocument=\"ADC\" "
+    "DefaultTenderPayment=\"1\" DefaultTaxableGroup=\"1\"><Restaurants><Restaurant Name=\"Centro\" "
+    "ServerName=\"127.0.0.1\" ServerPort=\"1\" ServerDBName=\"r\" ServerUser=\"u\" "
+    "TransSerial=\"EXT\" DefaultSupplierID=\"1\"/></Restaurants><TenderEquivalence/>"
+    "<TaxableGroupEquivalence/></KitraConnectorSetting>";
+
 TEST_F(KitraHostTest, InfoShowsTheConnectorsIdentity) {
     const Result r = Run("info");
     EXPECT_EQ(r.exit, 0) << r.out;
@@ -106,8 +115,26 @@ TEST_F(KitraHostTest, UsageMistakesAndMissingFiles) {
 
 TEST_F(KitraHostTest, ValidateNeedsStoredSettings) {
     EXPECT_EQ(Run("validate").exit, 1);
+    ASSERT_EQ(Run("settings load " + WriteSettings(kValidSettings)).exit, 0);
+    const Result valid = Run("validate");
+    EXPECT_EQ(valid.exit, 0) << valid.out;
+    EXPECT_EQ(valid.out, "As configurações são válidas.\n");
+}
+
+// Every failing rule of the settings dialog's validation is printed, in the dialog's order.
+TEST_F(KitraHostTest, ValidatePrintsEveryFailingRule) {
     ASSERT_EQ(Run("settings load " + WriteSettings(kOneRestaurant)).exit, 0);
-    EXPECT_EQ(Run("validate").exit, 0);
+    const Result r = Run("validate");
+    EXPECT_EQ(r.exit, 1);
+    const auto credit = r.out.find("Seleccione um valor em Documento de Vendas a Crédito:\n");
+    const auto stock = r.out.find("Seleccione um valor em Documento de Guia de Transporte:\n");
+    const auto series = r.out.find("As séries usadas na integração de dados");
+    EXPECT_NE(credit, std::string::npos) << r.out;
+    EXPECT_NE(stock, std::string::npos);
+    EXPECT_LT(credit, stock);
+    EXPECT_EQ(r.out.find("Seleccione um valor em Documento de Vendas:"), std::string::npos);  // "FAC" is known
+    EXPECT_EQ(series, std::string::npos);  // its series is empty: not another kind
+    EXPECT_NE(r.out.find("As configurações não são válidas.\n"), std::string::npos);
 }
 
 TEST_F(KitraHostTest, ExecuteWithoutSettingsDoesNotReachTheEnd) {

@@ -168,6 +168,35 @@ TEST_F(ComponentTest, ValidateSettingsWithNothingStoredIsFalseAndSilent) {
     EXPECT_TRUE(office.boxes.shown.empty());
 }
 
+// The settings dialog's validation over the stored settings, without the dialog: every failing
+// rule is told through the host's message boxes.
+TEST_F(ComponentTest, ValidateSettingsRunsTheDialogsValidation) {
+    std::string valid = kSettings;
+    valid.replace(valid.find("\"VC\""), 4, "\"FAC\"");
+    ASSERT_TRUE(connector->LoadDefaults(valid));
+    EXPECT_FALSE(connector->ValidateSettings());
+    ASSERT_EQ(office.boxes.shown.size(), 2u);
+    EXPECT_EQ(office.boxes.shown[0].text, "Seleccione um valor em Documento de Adiantamento de Clientes:");
+    EXPECT_EQ(office.boxes.shown[1].text, "Tem que definir pelo menos um registo em Restaurantes:");
+    EXPECT_EQ(office.boxes.shown[1].style, host::MessageStyle::Information);
+
+    office.boxes.shown.clear();
+    valid.replace(valid.find("\"PAC\""), 5, "\"ADC\"");
+    valid.replace(valid.find("<Restaurants/>"), 14,
+                  "<Restaurants><Restaurant Name=\"Centro\" TransSerial=\"EXT\"/></Restaurants>");
+    ASSERT_TRUE(connector->LoadDefaults(valid));
+    EXPECT_TRUE(connector->ValidateSettings());
+    EXPECT_TRUE(office.boxes.shown.empty());
+
+    // A code the host does not know stops the loading at its zone, which is told first.
+    valid.replace(valid.find("StockTransDocument=\"GT\""), 23, "StockTransDocument=\"XX\"");
+    ASSERT_TRUE(connector->LoadDefaults(valid));
+    EXPECT_FALSE(connector->ValidateSettings());
+    ASSERT_FALSE(office.boxes.shown.empty());
+    EXPECT_EQ(office.boxes.shown[0].text,
+              "Foi encontrado um erro na leitura da configuração na zona 'StockTransDocument'");
+}
+
 TEST_F(ComponentTest, ConfigRefusesWithoutExternalUnsignedSeries) {
     for (host::DocumentSeries series : office.Services().documentSeries->List()) {
         if (series.Kind == host::SeriesKind::ExternalUnsigned && series.Active) {
