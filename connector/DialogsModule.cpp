@@ -65,3 +65,18 @@ void ShowTraceDialog(const host::HostServices& services) {
 }
 
 }  // namespace kitra::connector
+
+namespace kitra::connector {
+
+bool ConfigDialog(const host::HostServices& services, KitraConnectorSetting& setting) {
+    std::string error;
+    bool accepted = false;
+    auto entry = reinterpret_cast<ConfigEntry>(DialogsEntry(kConfigEntry, error));
+    if (entry == nullptr || !entry(services, setting, accepted, error)) {
+        SayNotShown(services, "a janela de configuração do conector", error);
+        return false;
+    }
+    return accepted;
+}
+
+}  // namespace kitra::connector

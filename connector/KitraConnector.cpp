@@ -57,14 +57,6 @@ std::string KitraConnector::Version() {
     return FormatComponentVersion(KITRA_VERSION_MAJOR, KITRA_VERSION_MINOR, KITRA_VERSION_PATCH);
 }
 
-void KitraConnector::SayDialogNotAvailable(const std::string& which) {
-    const host::HostServices& services = host::CurrentHostServices();
-    if (services.messageBoxes == nullptr) return;
-    services.messageBoxes->Show(which + " ainda não está disponível nesta versão do conector.",
-                                host::MessageStyle::Information, host::MessageButtons::Ok,
-                                services.application->Title());
-}
-
 bool KitraConnector::Config() {
     try {
         const host::HostServices& services = host::CurrentHostServices();
@@ -78,8 +70,12 @@ bool KitraConnector::Config() {
             }
             return false;
         }
-        SayDialogNotAvailable("A janela de configuração do conector");
-        return false;
+        // The stored settings, or new ones when nothing is stored yet; what OK accepts is stored.
+        KitraConnectorSetting setting(*services.utility);
+        services.settingsStore->Load(setting);
+        if (!ConfigDialog(services, setting)) return false;
+        services.settingsStore->Save(setting);
+        return true;
     } catch (...) {
         return false;
     }

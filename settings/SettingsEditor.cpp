@@ -44,7 +44,7 @@ std::optional<std::int16_t> SelectedNumber(std::int16_t code, const std::vector<
 }
 
 // The VAT column's form "##0.00" with the host's separator.
-std::string VatShown(double rate, char separator) {
+std::string VatText(double rate, char separator) {
     std::string text = fmt::format("{:.2f}", rate);
     std::replace(text.begin(), text.end(), '.', separator);
     return text;
@@ -122,7 +122,7 @@ SettingsForm SettingsEditor::Load(const KitraConnectorSetting& setting, std::str
             const std::string code = std::to_string(mapping.TaxableGroupID);
             if (!Listed(groups, code)) throw ZoneFailure{"TaxableGroupEquivalence"};
             const double rate = services_.utility->ParseNumber(mapping.KitraVAT, settings_xml::kVatSeparator);
-            taxableRows.push_back({VatShown(rate, separator), code, DescriptionIn(groups, code)});
+            taxableRows.push_back({VatText(rate, separator), code, DescriptionIn(groups, code)});
         }
         form.vsfTaxableGroups = std::move(taxableRows);
 
@@ -286,6 +286,14 @@ std::optional<char> SettingsEditor::FilterVatKey(char key, const std::string& ce
         return separator;
     }
     return std::nullopt;
+}
+
+std::string SettingsEditor::VatShown(const std::string& typed) const {
+    try {
+        return VatText(services_.utility->ParseNumber(typed, ','), services_.application->DecimalSeparator());
+    } catch (const std::exception&) {
+        return typed;
+    }
 }
 
 bool SettingsEditor::VatAccepted(const std::string& text) const {

@@ -90,6 +90,9 @@ public:
     std::optional<char> FilterVatKey(char key, const std::string& cellText) const;
     // Leaving the VAT column: whether the entry is kept (it reads as a number above -1).
     bool VatAccepted(const std::string& text) const;
+    // The VAT column shows its entries "##0.00" with the host's separator ("6,5" as "6,50");
+    // an entry that is not a number shows as typed.
+    std::string VatShown(const std::string& typed) const;
 
     // cmdDefaults: the host's default document types, tender and taxable group, and empty
     // grids; the restaurants stay. Missing "DEV" and "PCL" document types are created.

@@ -45,6 +45,7 @@ int RunValidate(CommandContext& context);
 int RunExecute(CommandContext& context);
 int RunLog(CommandContext& context);
 int RunTrace(CommandContext& context);
+int RunConfig(CommandContext& context);
 int RunResetData(CommandContext& context);
 int RunRegister(CommandContext& context);
 int RunUnregister(CommandContext& context);

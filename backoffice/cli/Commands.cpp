@@ -9,7 +9,10 @@ const std::vector<Command>& AllCommands() {
         {"info", "", "Mostra a identificação do conector.", &RunInfo},
         {"settings", "load FICHEIRO|show|delete",
          "Guarda (do ficheiro XML), mostra ou apaga as configurações do conector.", &RunSettings},
-        {"validate", "", "Valida as configurações guardadas.", &RunValidate},
+        {"validate", "", "Valida as configurações guardadas e mostra cada regra que falha.",
+         &RunValidate},
+        {"config", "", "Abre a janela de configuração do conector (precisa de um ecrã).",
+         &RunConfig},
         {"execute", "", "Importa os restaurantes configurados.", &RunExecute},
         {"log", "list|show|delete ...",
          "Lista os registos de log com os erros e avisos de cada um; mostra ou apaga um: "

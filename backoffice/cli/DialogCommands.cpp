@@ -14,4 +14,16 @@ int RunTrace(CommandContext& context) {
     return kExitOk;
 }
 
+int RunConfig(CommandContext& context) {
+    if (!context.arguments.empty()) throw UsageError("Uso: kitra-host config");
+    Desktop desktop;
+    ConnectorSession session(context, &desktop.MessageBoxes());
+    if (!session.Connector().Config()) {
+        context.out << "As configurações não foram alteradas.\n";
+        return kExitFailure;
+    }
+    context.out << "Configurações guardadas.\n";
+    return kExitOk;
+}
+
 }  // namespace kitra::backoffice::cli

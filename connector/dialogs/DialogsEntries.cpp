@@ -10,6 +10,7 @@
 #include "connector/Platform.h"
 #include "core/Error.h"
 #include "log/qt/frmKitraLog.h"
+#include "settings/qt/frmSettings.h"
 
 namespace kitra::connector {
 namespace {
@@ -56,6 +57,10 @@ using namespace kitra::connector;
 
 extern "C" KITRA_EXPORT bool KitraShowTrace(const host::HostServices& services, std::string& error);
 static_assert(std::is_same_v<decltype(&KitraShowTrace), ShowTraceEntry>);
+extern "C" KITRA_EXPORT bool KitraConfig(const host::HostServices& services,
+                                         KitraConnectorSetting& setting, bool& accepted,
+                                         std::string& error);
+static_assert(std::is_same_v<decltype(&KitraConfig), ConfigEntry>);
 
 extern "C" KITRA_EXPORT bool KitraShowTrace(const host::HostServices& services, std::string& error) {
     try {
@@ -63,6 +68,21 @@ extern "C" KITRA_EXPORT bool KitraShowTrace(const host::HostServices& services, 
         if (!application.Ready(error)) return false;
         frmKitraLog dialog(services);
         dialog.exec();
+        return true;
+    } catch (const std::exception& e) {
+        error = DescriptionOf(e);
+        return false;
+    }
+}
+
+extern "C" KITRA_EXPORT bool KitraConfig(const host::HostServices& services,
+                                         KitraConnectorSetting& setting, bool& accepted,
+                                         std::string& error) {
+    try {
+        ApplicationForDialogs application;
+        if (!application.Ready(error)) return false;
+        frmSettings dialog(services);
+        accepted = dialog.Edit(setting);
         return true;
     } catch (const std::exception& e) {
         error = DescriptionOf(e);

@@ -107,7 +107,7 @@ TEST_F(KitraHostTest, UsageMistakesAndMissingFiles) {
     EXPECT_EQ(Run("log show Centro ontem").exit, 2);
     const Result help = Run("--help");
     EXPECT_EQ(help.exit, 0);
-    for (const char* command : {"init", "info", "settings", "validate", "execute", "log", "trace",
+    for (const char* command : {"init", "info", "settings", "validate", "config", "execute", "log", "trace",
                                 "reset-data", "register", "unregister"}) {
         EXPECT_NE(help.out.find(std::string("\n  ") + command), std::string::npos) << command;
     }
@@ -199,6 +199,9 @@ TEST_F(KitraHostTest, TraceWithoutAScreenSaysWhy) {
     EXPECT_EQ(r.exit, 1);
     EXPECT_NE(r.out.find("Não é possível abrir janelas: não há ecrã disponível"), std::string::npos) << r.out;
     EXPECT_EQ(Run("trace extra").exit, 2);
+    const Result config = Run("config", "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM ");
+    EXPECT_EQ(config.exit, 1);
+    EXPECT_NE(config.out.find("Não é possível abrir janelas: não há ecrã disponível"), std::string::npos);
 }
 
 TEST_F(KitraHostTest, ResetDataEmptiesTheLog) {

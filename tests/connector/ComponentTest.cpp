@@ -213,10 +213,15 @@ TEST_F(ComponentTest, ConfigRefusesWithoutExternalUnsignedSeries) {
     EXPECT_EQ(office.boxes.shown[0].title, office.Services().application->Title());
 }
 
-TEST_F(ComponentTest, ConfigSaysPlainlyThatItsDialogIsNotAvailable) {
+TEST_F(ComponentTest, ConfigWithoutAScreenSaysWhyAndStoresNothing) {
+    WithoutScreen noScreen;
     EXPECT_FALSE(connector->Config());
     ASSERT_EQ(office.boxes.shown.size(), 1u);
-    EXPECT_NE(office.boxes.shown[0].text.find("não está disponível"), std::string::npos);
+    EXPECT_EQ(office.boxes.shown[0].text.rfind(
+                  "Não foi possível abrir a janela de configuração do conector: não há ecrã", 0),
+              0u)
+        << office.boxes.shown[0].text;
+    EXPECT_EQ(StoredXml(), "<nothing>");
 }
 
 // Without a screen (and without a Qt application of the host's) the log list cannot show; the
