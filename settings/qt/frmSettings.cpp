@@ -236,7 +236,7 @@ frmSettings::frmSettings(const host::HostServices& services, QWidget* parent)
         const int row = grid->rowCount();
         grid->insertRow(row);
         for (int column = 0; column < grid->columnCount(); ++column) {
-            SetCell(*grid, row, column, "", column == kRestaurantValue);
+            SetCell(*grid, row, column, "", column != kDescription);
         }
         grid->setCurrentCell(row, kRestaurantValue);
     };
@@ -370,8 +370,9 @@ bool frmSettings::Edit(KitraConnectorSetting& setting) {
 }
 
 void frmSettings::Ok() {
-    if (setting_ == nullptr) return;
-    if (editor_.Accept(Form(), *setting_)) accept();
+    // Shown without Edit, the dialog still checks its controls; there is nothing to write into.
+    KitraConnectorSetting scratch(*services_.utility);
+    if (editor_.Accept(Form(), setting_ != nullptr ? *setting_ : scratch)) accept();
 }
 
 void frmSettings::AddRestaurant() {

@@ -6,7 +6,8 @@
 namespace kitra::testing {
 
 QObject* NewLogViewerGuiTest();
+QObject* NewSettingsGuiTest();
 
-inline std::vector<QObject*> GuiTestSuites() { return {NewLogViewerGuiTest()}; }
+inline std::vector<QObject*> GuiTestSuites() { return {NewLogViewerGuiTest(), NewSettingsGuiTest()}; }
 
 }  // namespace kitra::testing

@@ -11,8 +11,10 @@ namespace kitra::testing {
 
 class ModalWatcher {
 public:
-    // Runs `hand` on the first modal window that shows up within a few seconds (once).
-    explicit ModalWatcher(std::function<void(QWidget&)> hand) : hand_(std::move(hand)) {
+    // Runs `hand` on the first modal window (of that object name, when one is given) that shows
+    // up within a few seconds, once.
+    explicit ModalWatcher(std::function<void(QWidget&)> hand, QString name = QString())
+        : hand_(std::move(hand)), name_(std::move(name)) {
         timer_.setInterval(10);
         QObject::connect(&timer_, &QTimer::timeout, [this] { Poll(); });
         clock_.start();
@@ -26,7 +28,7 @@ public:
 private:
     void Poll() {
         QWidget* modal = QApplication::activeModalWidget();
-        if (modal != nullptr && modal->isVisible()) {
+        if (modal != nullptr && modal->isVisible() && (name_.isEmpty() || modal->objectName() == name_)) {
             timer_.stop();
             seen_ = true;
             seenName_ = modal->objectName();
@@ -37,6 +39,7 @@ private:
     }
 
     std::function<void(QWidget&)> hand_;
+    QString name_;
     QTimer timer_;
     QElapsedTimer clock_;
     bool seen_ = false;
