@@ -153,7 +153,7 @@ frmSettings::frmSettings(const host::HostServices& services, QWidget* parent)
       editor_(services),
       cboDefaultTenderPayment_(new TwoColumnCombo("cboDefaultTenderPayment", {0, 150}, this)),
       cboDefaultTaxableGroup_(new TwoColumnCombo("cboDefaultTaxableGroup", {20, 150}, this)),
-      vsfPayments_(Grid("vsfPayments", {QStringLiteral("Modalidade no restaurante"),
+      vsfPayments_(Grid("vsfPayments", {QStringLiteral("No restaurante"),
                                         QStringLiteral("Modalidade"), QStringLiteral("Descrição")}, this)),
       vsfTaxableGroups_(Grid("vsfTaxableGroups", {QStringLiteral("Taxa de IVA"), QStringLiteral("Taxa"),
                                                   QStringLiteral("Descrição")}, this)),
@@ -277,15 +277,20 @@ void frmSettings::FillLists() {
             SetCell(*vsfPayments_, row, 2, values.description, false);
         },
         nullptr));
-    vsfTaxableGroups_->setItemDelegate(new EquivalenceDelegate(
-        *vsfTaxableGroups_, groups, [this](const std::string& text) { return editor_.VatAccepted(text); },
-        [this](int row, std::int16_t code) {
-            TaxableGroupRow values{Cell(*vsfTaxableGroups_, row, 0), "", ""};
-            editor_.TaxableGroupPicked(values, code);
-            SetCell(*vsfTaxableGroups_, row, 1, values.taxableGroup, true);
-            SetCell(*vsfTaxableGroups_, row, 2, values.description, false);
-        },
-        &editor_));
+    // The VAT column has the key filter and the "##0.00" display; the others do not.
+    const auto taxableDelegate = [this, groups](const SettingsEditor* vat) {
+        return new EquivalenceDelegate(
+            *vsfTaxableGroups_, groups, [this](const std::string& text) { return editor_.VatAccepted(text); },
+            [this](int row, std::int16_t code) {
+                TaxableGroupRow values{Cell(*vsfTaxableGroups_, row, 0), "", ""};
+                editor_.TaxableGroupPicked(values, code);
+                SetCell(*vsfTaxableGroups_, row, 1, values.taxableGroup, true);
+                SetCell(*vsfTaxableGroups_, row, 2, values.description, false);
+            },
+            vat);
+    };
+    vsfTaxableGroups_->setItemDelegate(taxableDelegate(nullptr));
+    vsfTaxableGroups_->setItemDelegateForColumn(kRestaurantValue, taxableDelegate(&editor_));
 }
 
 bool frmSettings::eventFilter(QObject* watched, QEvent* event) {

@@ -334,6 +334,10 @@ private slots:
         dialog.show();
         auto& grid = Child<QTableWidget>(dialog, "vsfTaxableGroups");
         QCOMPARE(grid.model()->index(0, 0).data().toString(), QStringLiteral("23,00"));
+        // Only the VAT column is shown "##0.00"; the taxable group's code is shown as it is.
+        QCOMPARE(static_cast<QStyledItemDelegate*>(grid.itemDelegate())->displayText(
+                     grid.item(0, 1)->data(Qt::DisplayRole), QLocale()),
+                 QStringLiteral("1"));
         grid.editItem(grid.item(0, 0));
         auto* box = &OpenEditor<QLineEdit>(grid);
         box->selectAll();
@@ -343,7 +347,7 @@ private slots:
         Commit(*box);
         QCOMPARE(grid.item(0, 0)->text(), QStringLiteral("6,5"));
         // Shown "##0.00".
-        QCOMPARE(static_cast<QStyledItemDelegate*>(grid.itemDelegate())->displayText(grid.item(0, 0)->data(Qt::DisplayRole), QLocale()),
+        QCOMPARE(static_cast<QStyledItemDelegate*>(grid.itemDelegateForColumn(0))->displayText(grid.item(0, 0)->data(Qt::DisplayRole), QLocale()),
                  QStringLiteral("6,50"));
 
         grid.editItem(grid.item(0, 0));

@@ -1,7 +1,9 @@
 // kitra-dialog-screenshots: pictures of the connector's dialogs over a back office, taken on the
 // offscreen platform (no display needed), for the project's documentation.
 //   kitra-dialog-screenshots --data DIR --out DIR
-// writes log-list.png (the import log list) and log-contents.png (the newest log's contents).
+// writes log-list.png (the import log list), log-contents.png (the newest log's contents),
+// settings.png (the settings dialog on the stored settings) and restaurant.png (the editor on
+// the first restaurant).
 #include <QApplication>
 #include <QPixmap>
 #include <QTableWidget>
@@ -14,6 +16,8 @@
 #include "log/DSOKitraLog.h"
 #include "log/qt/frmKitraLog.h"
 #include "log/qt/frmKitraLogContents.h"
+#include "settings/qt/frmAddRestaurant.h"
+#include "settings/qt/frmSettings.h"
 
 namespace {
 
@@ -69,7 +73,19 @@ int main(int argc, char** argv) {
         kitra::frmKitraLogContents contents(services);
         contents.Fill(*record);
         contents.resize(900, 560);
-        return Save(contents, out / "log-contents.png") ? 0 : 1;
+        if (!Save(contents, out / "log-contents.png")) return 1;
+
+        kitra::KitraConnectorSetting setting(*services.utility);
+        if (!services.settingsStore->Load(setting) || setting.Restaurants.Count() == 0) {
+            std::cerr << "kitra-dialog-screenshots: não há configurações com restaurantes.\n";
+            return 1;
+        }
+        kitra::frmSettings settings(services);
+        settings.Open(setting);
+        if (!Save(settings, out / "settings.png")) return 1;
+        kitra::frmAddRestaurant restaurant(services);
+        restaurant.ShowRecord(setting.Restaurants.Item(1));
+        return Save(restaurant, out / "restaurant.png") ? 0 : 1;
     } catch (const std::exception& e) {
         std::cerr << "kitra-dialog-screenshots: " << e.what() << "\n";
         return 1;
