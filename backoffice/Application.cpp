@@ -27,6 +27,16 @@ const std::map<long, std::string>& Texts() {
         {4130009, "Seleccione a série dos documentos."},
         // Title of the boxes that report what is missing in a form.
         {4130010, "Atenção"},
+        // Title of the import log list.
+        {4130011, "Log de Importações"},
+        // Title of one import's log; the restaurant and the moment follow.
+        {4130012, "Log da Importação - "},
+        // Caption of the button that closes one import's log.
+        {4130013, "OK"},
+        // Caption of the connector's settings dialog.
+        {4130014, "Configuração do Integrador KitranaII"},
+        // Caption of the restaurant editor.
+        {4130015, "Restaurante"},
     };
     return texts;
 }

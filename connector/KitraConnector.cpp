@@ -2,11 +2,13 @@
 
 #include <fmt/format.h>
 
+#include "connector/DialogsModule.h"
 #include "connector/Module.h"
 #include "core/Text.h"
 #include "import/KitraExecutioner.h"
 #include "log/DSOKitraLog.h"
 #include "settings/KitraConnectorSetting.h"
+#include "settings/SettingsEditor.h"
 
 #ifndef KITRA_VERSION_MAJOR
 #error "the build gives the component's version"
@@ -62,14 +64,6 @@ std::string KitraConnector::Version() {
     return FormatComponentVersion(KITRA_VERSION_MAJOR, KITRA_VERSION_MINOR, KITRA_VERSION_PATCH);
 }
 
-void KitraConnector::SayDialogNotAvailable(const std::string& which) {
-    const host::HostServices& services = host::CurrentHostServices();
-    if (services.messageBoxes == nullptr) return;
-    services.messageBoxes->Show(which + " ainda não está disponível nesta versão do conector.",
-                                host::MessageStyle::Information, host::MessageButtons::Ok,
-                                services.application->Title());
-}
-
 bool KitraConnector::Config() {
     try {
         const host::HostServices& services = host::CurrentHostServices();
@@ -83,8 +77,12 @@ bool KitraConnector::Config() {
             }
             return false;
         }
-        SayDialogNotAvailable("A janela de configuração do conector");
-        return false;
+        // The stored settings, or new ones when nothing is stored yet; what OK accepts is stored.
+        KitraConnectorSetting setting(*services.utility);
+        services.settingsStore->Load(setting);
+        if (!ConfigDialog(services, setting)) return false;
+        services.settingsStore->Save(setting);
+        return true;
     } catch (...) {
         return false;
     }
@@ -109,9 +107,21 @@ bool KitraConnector::ValidateSettings() {
         const host::HostServices& services = host::CurrentHostServices();
         KitraConnectorSetting setting(*services.utility);
         if (!services.settingsStore->Load(setting)) return false;
-        // The settings dialog's checks decide; until that dialog exists, stored settings that
-        // load are what there is to check.
-        return true;
+        // The settings dialog's own validation, over the controls as the dialog would fill
+        // them, without showing it; every failing rule is told, not only the first.
+        const SettingsEditor editor(services);
+        std::string failedZone;
+        const SettingsForm form = editor.Load(setting, &failedZone);
+        std::vector<std::string> failures;
+        if (!failedZone.empty()) failures.push_back(SettingsEditor::ZoneMessage(failedZone));
+        for (std::string& failure : editor.Failures(form)) failures.push_back(std::move(failure));
+        if (services.messageBoxes != nullptr) {
+            for (const std::string& failure : failures) {
+                services.messageBoxes->Show(failure, host::MessageStyle::Information,
+                                            host::MessageButtons::Ok, services.application->Title());
+            }
+        }
+        return failures.empty();
     } catch (...) {
         return false;
     }
@@ -150,8 +160,9 @@ bool KitraConnector::Delete() {
 
 void KitraConnector::ShowTrace() {
     try {
-        SayDialogNotAvailable("A janela do log de importações");
+        ShowTraceDialog(host::CurrentHostServices());
     } catch (...) {
+        // Nothing to tell the host: the dialog could not even be asked for.
     }
 }
 

@@ -53,8 +53,6 @@ public:
 private:
     ~KitraConnector();  // through Release only
 
-    void SayDialogNotAvailable(const std::string& which);
-
     std::atomic<std::uint32_t> references_{1};
     std::shared_ptr<host::IEventNotifier> eventNotifier_;
 };

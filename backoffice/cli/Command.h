@@ -59,6 +59,8 @@ int RunSettings(CommandContext& context);
 int RunValidate(CommandContext& context);
 int RunExecute(CommandContext& context);
 int RunLog(CommandContext& context);
+int RunTrace(CommandContext& context);
+int RunConfig(CommandContext& context);
 int RunResetData(CommandContext& context);
 int RunState(CommandContext& context);
 int RunCheck(CommandContext& context);

@@ -45,7 +45,10 @@ const std::vector<Command>& AllCommands() {
          "Guarda (do ficheiro XML), mostra (palavras-passe escondidas), apaga, lista as versões "
          "guardadas ou repõe uma versão das configurações do conector.",
          &RunSettings},
-        {"validate", "", "Valida as configurações guardadas.", &RunValidate},
+        {"validate", "", "Valida as configurações guardadas e mostra cada regra que falha.",
+         &RunValidate},
+        {"config", "", "Abre a janela de configuração do conector (precisa de um ecrã).",
+         &RunConfig},
         {"check", "[--json]",
          "Verifica cada restaurante sem importar: ligação, relógio do servidor, registos "
          "pendentes, configurações.",
@@ -59,8 +62,11 @@ const std::vector<Command>& AllCommands() {
          "\"aaaa-mm-dd hh:mm:ss\").",
          &RunState},
         {"log", "list|show|delete ...",
-         "Lista os registos de log; mostra ou apaga um: RESTAURANTE \"aaaa-mm-dd hh:mm:ss\".",
+         "Lista os registos de log com os erros e avisos de cada um; mostra ou apaga um: "
+         "RESTAURANTE \"aaaa-mm-dd hh:mm:ss\"; 'show latest' e 'show RESTAURANTE' mostram o "
+         "mais recente.",
          &RunLog},
+        {"trace", "", "Abre a janela do log de importações (precisa de um ecrã).", &RunTrace},
         {"reset-data", "", "Esvazia o log de importações (as datas ficam).", &RunResetData},
         {"register", "[MÓDULO]", "Regista o componente POSConnectorKitra.", &RunRegister},
         {"unregister", "", "Anula o registo do componente.", &RunUnregister},

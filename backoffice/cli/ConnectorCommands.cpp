@@ -15,6 +15,7 @@
 #include "core/ComponentRegistry.h"
 #include "core/DateTime.h"
 #include "core/Error.h"
+#include "backoffice/LogProblems.h"
 
 namespace kitra::backoffice::cli {
 namespace {
@@ -30,6 +31,11 @@ DateTime ParseMoment(const std::string& text) {
 }
 
 bool LogTableExists(BackOffice& office) { return office.schema.TableExists("Kitra2Log"); }
+
+// "1 erro", "2 erros", "0 erros".
+std::string Counted(int count, const char* one, const char* many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
 
 }  // namespace
 
@@ -68,20 +74,40 @@ int RunResetData(CommandContext& context) {
 
 int RunLog(CommandContext& context) {
     const std::string usage =
-        "log list | log show RESTAURANTE \"aaaa-mm-dd hh:mm:ss\" | log delete RESTAURANTE "
-        "\"aaaa-mm-dd hh:mm:ss\"";
+        "log list | log show latest|RESTAURANTE [\"aaaa-mm-dd hh:mm:ss\"] | log delete "
+        "RESTAURANTE \"aaaa-mm-dd hh:mm:ss\"";
     if (context.arguments.empty()) throw UsageError("Uso: kitra-host " + usage);
     const std::string action = context.arguments.front();
     BackOffice office(context.dataFolder);
     if (action == "list") {
         ExpectArguments(context, 1, "log list");
         if (!LogTableExists(office)) return kExitOk;
-        ado::Recordset rs = office.connection.Query(
-            host::SqlStatement("SELECT RestaurantID, ImportDate FROM Kitra2Log ORDER BY ImportDate DESC"));
+        ado::Recordset rs = office.connection.Query(host::SqlStatement(
+            "SELECT RestaurantID, ImportDate, Contents FROM Kitra2Log ORDER BY ImportDate DESC"));
         for (; !rs.Eof(); rs.MoveNext()) {
+            const LogProblems problems =
+                CountLogProblems(rs["Contents"].IsNull() ? std::string() : rs["Contents"].ToText());
             context.out << rs["RestaurantID"].ToText() << "\t"
-                        << FormatIsoDateTime(rs["ImportDate"].ToDate()) << "\n";
+                        << FormatIsoDateTime(rs["ImportDate"].ToDate()) << "\t"
+                        << Counted(problems.errors, "erro", "erros") << ", "
+                        << Counted(problems.warnings, "aviso", "avisos") << "\n";
         }
+        return kExitOk;
+    }
+    if (action == "show" && context.arguments.size() == 2) {
+        // The newest log of all ("latest") or of one restaurant.
+        const std::string& which = context.arguments[1];
+        const bool latest = which == "latest";
+        const std::string missing = latest ? "O log de importações está vazio."
+                                           : "Não existe registo de log do restaurante '" + which + "'.";
+        if (!LogTableExists(office)) throw Error(missing);
+        ado::Recordset rs = office.connection.Query(
+            latest ? host::SqlStatement("SELECT Contents FROM Kitra2Log ORDER BY ImportDate DESC LIMIT 1")
+                   : host::SqlStatement("SELECT Contents FROM Kitra2Log WHERE RestaurantID=? "
+                                        "ORDER BY ImportDate DESC LIMIT 1",
+                                        {Variant(which)}));
+        if (rs.Eof()) throw Error(missing);
+        context.out << (rs["Contents"].IsNull() ? std::string() : rs["Contents"].ToText());
         return kExitOk;
     }
     if (action != "show" && action != "delete") throw UsageError("Uso: kitra-host " + usage);

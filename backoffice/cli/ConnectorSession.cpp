@@ -21,11 +21,12 @@ host::MessageAnswer RoutedMessageBoxes::Show(const std::string& text, host::Mess
 }
 
 ConnectorSession::ConnectorSession(CommandContext& context, const std::string& origin,
-                                   ProgressDetail detail)
+                                   ProgressDetail detail, host::IMessageBoxService* windowBoxes)
     : office_(context.dataFolder),
       notifier_(std::make_shared<TerminalNotifier>(context.out, ::isatty(STDOUT_FILENO) == 1, detail)),
       boxes_(context.in, context.out, context.err),
-      services_(office_.Services(notifier_.get(), &boxes_)) {
+      services_(office_.Services(notifier_.get(),
+                                 windowBoxes != nullptr ? windowBoxes : &boxes_)) {
     office_.settingsStore.SetOrigin(origin);
     host::InstallHostServices(&services_);
     try {

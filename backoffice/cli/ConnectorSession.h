@@ -32,8 +32,10 @@ private:
 class ConnectorSession {
 public:
     // `origin` is what the settings history says saved the settings: the command's name.
+    // Message boxes go to the console, unless `windowBoxes` (a windowed host's) is given.
     ConnectorSession(CommandContext& context, const std::string& origin,
-                     ProgressDetail detail = ProgressDetail::Normal);
+                     ProgressDetail detail = ProgressDetail::Normal,
+                     host::IMessageBoxService* windowBoxes = nullptr);
     ~ConnectorSession();
     ConnectorSession(const ConnectorSession&) = delete;
     ConnectorSession& operator=(const ConnectorSession&) = delete;

@@ -20,6 +20,16 @@ const std::string kOneRestaurant =
     "ImportDateEntities=\"2010-01-01 00:00:00\" ImportDateTransactions=\"2010-01-01 00:00:00\"/>"
     "</Restaurants><TenderEquivalence/><TaxableGroupEquivalence/></KitraConnectorSetting>";
 
+const std::string kValidSettings =
+    "<KitraConnectorSetting InvoiceTransDocument=\"VB\" CreditTransDocument=\"FAC\" "
+    "StockTransDocument=\"GT\" CashEntranceTransDocument=\"EC\" CashWithdrawalTransDocument=\"SC\" "
+    "CustomerPaymentTransDocument=\"PCL\" CustomerPaymentAccountDocument=\"ADC\" "
+    "DefaultTenderPayment=\"1\" DefaultTaxableGroup=\"1\"><Restaurants><Restaurant Name=\"Centro\" "
+    "ServerName=\"127.0.0.1\" ServerPort=\"1\" ServerDBName=\"r\" ServerUser=\"u\" "
+    "TransSerial=\"EXT\" DefaultSupplierID=\"1\" ImportDateEntities=\"2024-01-01 00:00:00\" "
+    "ImportDateTransactions=\"2024-01-01 00:00:00\"/></Restaurants><TenderEquivalence/>"
+    "<TaxableGroupEquivalence/></KitraConnectorSetting>";
+
 TEST_F(KitraHostTest, InfoShowsTheConnectorsIdentity) {
     const Result r = Run("info");
     EXPECT_EQ(r.exit, 0) << r.out;
@@ -57,16 +67,34 @@ TEST_F(KitraHostTest, UsageMistakesAndMissingFiles) {
     EXPECT_EQ(Run("log show Centro ontem").exit, 2);
     const Result help = Run("--help");
     EXPECT_EQ(help.exit, 0);
-    for (const char* command : {"init", "info", "settings", "validate", "check", "execute", "state",
-                                "log", "reset-data", "register", "unregister"}) {
+    for (const char* command : {"init", "info", "settings", "validate", "config", "check", "execute",
+                                "state", "log", "trace", "reset-data", "register", "unregister"}) {
         EXPECT_NE(help.out.find(std::string("\n  ") + command), std::string::npos) << command;
     }
 }
 
 TEST_F(KitraHostTest, ValidateNeedsStoredSettings) {
     EXPECT_EQ(Run("validate").exit, 1);
+    ASSERT_EQ(Run("settings load " + WriteSettings(kValidSettings)).exit, 0);
+    const Result valid = Run("validate");
+    EXPECT_EQ(valid.exit, 0) << valid.out;
+    EXPECT_EQ(valid.out, "As configurações são válidas.\n");
+}
+
+// Every failing rule of the settings dialog's validation is printed, in the dialog's order.
+TEST_F(KitraHostTest, ValidatePrintsEveryFailingRule) {
     ASSERT_EQ(Run("settings load " + WriteSettings(kOneRestaurant)).exit, 0);
-    EXPECT_EQ(Run("validate").exit, 0);
+    const Result r = Run("validate");
+    EXPECT_EQ(r.exit, 1);
+    const auto credit = r.out.find("Seleccione um valor em Documento de Vendas a Crédito:\n");
+    const auto stock = r.out.find("Seleccione um valor em Documento de Guia de Transporte:\n");
+    const auto series = r.out.find("As séries usadas na integração de dados");
+    EXPECT_NE(credit, std::string::npos) << r.out;
+    EXPECT_NE(stock, std::string::npos);
+    EXPECT_LT(credit, stock);
+    EXPECT_EQ(r.out.find("Seleccione um valor em Documento de Vendas:"), std::string::npos);  // "FAC" is known
+    EXPECT_EQ(series, std::string::npos);  // its series is empty: not another kind
+    EXPECT_NE(r.out.find("As configurações não são válidas.\n"), std::string::npos);
 }
 
 TEST_F(KitraHostTest, ExecuteWithoutSettingsSaysSoOnStderr) {
@@ -91,17 +119,50 @@ TEST_F(KitraHostTest, ExecuteThenLogListShowDelete) {
     ASSERT_EQ(list.exit, 0);
     ASSERT_TRUE(list.out.starts_with("Centro\t")) << list.out;
     const std::string when = list.out.substr(7, 19);
-    EXPECT_EQ(list.out, "Centro\t" + when + "\n");
 
     const Result show = Run("log show Centro " + Quote(when));
     EXPECT_EQ(show.exit, 0);
     EXPECT_TRUE(show.out.starts_with(" - # START # ")) << show.out;
     EXPECT_NE(show.out.find("\r\nRestaurantes - A integrar Restaurante: Centro\r\n"), std::string::npos);
 
+    // The list's third column: the log's error and warning lines. The server cannot be reached,
+    // so every importer logs one error line.
+    int errors = 0;
+    for (std::size_t at = show.out.find("## Erro ##"); at != std::string::npos;
+         at = show.out.find("## Erro ##", at + 1)) {
+        ++errors;
+    }
+    ASSERT_GT(errors, 1);
+    EXPECT_EQ(list.out, "Centro\t" + when + "\t" + std::to_string(errors) + " erros, 0 avisos\n");
+
+    // The newest log, of all or of one restaurant, without its moment.
+    EXPECT_EQ(Run("log show latest").out, show.out);
+    EXPECT_EQ(Run("log show Centro").out, show.out);
+    const Result none = Run("log show Praia");
+    EXPECT_EQ(none.exit, 1);
+    EXPECT_NE(none.out.find("Não existe registo de log do restaurante 'Praia'."), std::string::npos);
+
     EXPECT_EQ(Run("log show Praia " + Quote(when)).exit, 1);
     EXPECT_EQ(Run("log delete Centro " + Quote(when)).exit, 0);
     EXPECT_EQ(Run("log list").out, "");
     EXPECT_EQ(Run("log delete Centro " + Quote(when)).exit, 1);
+}
+
+TEST_F(KitraHostTest, LogShowLatestOfAnEmptyLogSaysSo) {
+    const Result r = Run("log show latest");
+    EXPECT_EQ(r.exit, 1);
+    EXPECT_NE(r.out.find("O log de importações está vazio."), std::string::npos) << r.out;
+}
+
+// The log window needs a screen; without one the command says so instead of failing obscurely.
+TEST_F(KitraHostTest, TraceWithoutAScreenSaysWhy) {
+    const Result r = Run("trace", "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM ");
+    EXPECT_EQ(r.exit, 1);
+    EXPECT_NE(r.out.find("Não é possível abrir janelas: não há ecrã disponível"), std::string::npos) << r.out;
+    EXPECT_EQ(Run("trace extra").exit, 2);
+    const Result config = Run("config", "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM ");
+    EXPECT_EQ(config.exit, 1);
+    EXPECT_NE(config.out.find("Não é possível abrir janelas: não há ecrã disponível"), std::string::npos);
 }
 
 TEST_F(KitraHostTest, ResetDataEmptiesTheLog) {

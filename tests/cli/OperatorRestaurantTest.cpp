@@ -30,7 +30,11 @@ protected:
     std::string Settings(const std::string& password, const std::string& databaseName,
                          const std::string& entities = "2010-01-01 00:00:00") const {
         const test::MariaDbServer& server = database_->Server();
-        return "<KitraConnectorSetting DefaultTenderPayment=\"1\" DefaultTaxableGroup=\"1\"><Restaurants>"
+        return "<KitraConnectorSetting InvoiceTransDocument=\"VB\" CreditTransDocument=\"FAC\" "
+               "StockTransDocument=\"GT\" CashEntranceTransDocument=\"EC\" "
+               "CashWithdrawalTransDocument=\"SC\" CustomerPaymentTransDocument=\"PCL\" "
+               "CustomerPaymentAccountDocument=\"ADC\" "
+               "DefaultTenderPayment=\"1\" DefaultTaxableGroup=\"1\"><Restaurants>"
                "<Restaurant Name=\"Centro\" ServerName=\"" + server.host + "\" ServerPort=\"" +
                std::to_string(server.port) + "\" ServerDBName=\"" + databaseName + "\" ServerUser=\"" +
                server.user + "\" ServerPassword=\"" + password + "\" ImportDateEntities=\"" + entities +

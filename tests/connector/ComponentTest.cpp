@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include "core/ComponentRegistry.h"
 #include "host/Com.h"
@@ -22,6 +24,33 @@ using host::IConnector;
 constexpr host::Guid kClsid{0x3F6E9A24, 0x71C8, 0x4D5B,
                             {0xA0, 0xE2, 0x8B, 0x9C, 0x4D, 0x17, 0xF5, 0xA6}};
 constexpr host::Guid kOther{0x12345678, 0x1234, 0x1234, {1, 2, 3, 4, 5, 6, 7, 8}};
+
+// Whether any Qt library is loaded in this process.
+bool QtLoaded() {
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        if (line.find("libQt6") != std::string::npos) return true;
+    }
+    return false;
+}
+
+// No display of any kind for as long as it lives.
+class WithoutScreen {
+public:
+    WithoutScreen() {
+        for (const char* variable : kVariables) {
+            if (const char* value = std::getenv(variable)) saved_.emplace_back(variable, value);
+            ::unsetenv(variable);
+        }
+    }
+    ~WithoutScreen() {
+        for (const auto& [variable, value] : saved_) ::setenv(variable.c_str(), value.c_str(), 1);
+    }
+
+private:
+    static constexpr const char* kVariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+    std::vector<std::pair<std::string, std::string>> saved_;
+};
 
 class Module {
 public:
@@ -152,6 +181,35 @@ TEST_F(ComponentTest, ValidateSettingsWithNothingStoredIsFalseAndSilent) {
     EXPECT_TRUE(office.boxes.shown.empty());
 }
 
+// The settings dialog's validation over the stored settings, without the dialog: every failing
+// rule is told through the host's message boxes.
+TEST_F(ComponentTest, ValidateSettingsRunsTheDialogsValidation) {
+    std::string valid = kSettings;
+    valid.replace(valid.find("\"VC\""), 4, "\"FAC\"");
+    ASSERT_TRUE(connector->LoadDefaults(valid));
+    EXPECT_FALSE(connector->ValidateSettings());
+    ASSERT_EQ(office.boxes.shown.size(), 2u);
+    EXPECT_EQ(office.boxes.shown[0].text, "Seleccione um valor em Documento de Adiantamento de Clientes:");
+    EXPECT_EQ(office.boxes.shown[1].text, "Tem que definir pelo menos um registo em Restaurantes:");
+    EXPECT_EQ(office.boxes.shown[1].style, host::MessageStyle::Information);
+
+    office.boxes.shown.clear();
+    valid.replace(valid.find("\"PAC\""), 5, "\"ADC\"");
+    valid.replace(valid.find("<Restaurants/>"), 14,
+                  "<Restaurants><Restaurant Name=\"Centro\" TransSerial=\"EXT\"/></Restaurants>");
+    ASSERT_TRUE(connector->LoadDefaults(valid));
+    EXPECT_TRUE(connector->ValidateSettings());
+    EXPECT_TRUE(office.boxes.shown.empty());
+
+    // A code the host does not know stops the loading at its zone, which is told first.
+    valid.replace(valid.find("StockTransDocument=\"GT\""), 23, "StockTransDocument=\"XX\"");
+    ASSERT_TRUE(connector->LoadDefaults(valid));
+    EXPECT_FALSE(connector->ValidateSettings());
+    ASSERT_FALSE(office.boxes.shown.empty());
+    EXPECT_EQ(office.boxes.shown[0].text,
+              "Foi encontrado um erro na leitura da configuração na zona 'StockTransDocument'");
+}
+
 TEST_F(ComponentTest, ConfigRefusesWithoutExternalUnsignedSeries) {
     for (host::DocumentSeries series : office.Services().documentSeries->List()) {
         if (series.Kind == host::SeriesKind::ExternalUnsigned && series.Active) {
@@ -168,12 +226,57 @@ TEST_F(ComponentTest, ConfigRefusesWithoutExternalUnsignedSeries) {
     EXPECT_EQ(office.boxes.shown[0].title, office.Services().application->Title());
 }
 
-TEST_F(ComponentTest, ConfigAndShowTraceSayPlainlyThatTheirDialogIsNotAvailable) {
+TEST_F(ComponentTest, ConfigWithoutAScreenSaysWhyAndStoresNothing) {
+    WithoutScreen noScreen;
     EXPECT_FALSE(connector->Config());
+    ASSERT_EQ(office.boxes.shown.size(), 1u);
+    EXPECT_EQ(office.boxes.shown[0].text.rfind(
+                  "Não foi possível abrir a janela de configuração do conector: não há ecrã", 0),
+              0u)
+        << office.boxes.shown[0].text;
+    EXPECT_EQ(StoredXml(), "<nothing>");
+}
+
+// Without a screen (and without a Qt application of the host's) the log list cannot show; the
+// host's message box says why, and nothing else happens.
+TEST_F(ComponentTest, ShowTraceWithoutAScreenSaysWhy) {
+    WithoutScreen noScreen;
     connector->ShowTrace();
-    ASSERT_EQ(office.boxes.shown.size(), 2u);
-    EXPECT_NE(office.boxes.shown[0].text.find("não está disponível"), std::string::npos);
-    EXPECT_NE(office.boxes.shown[1].text.find("não está disponível"), std::string::npos);
+    ASSERT_EQ(office.boxes.shown.size(), 1u);
+    EXPECT_EQ(office.boxes.shown[0].text.rfind("Não foi possível abrir a janela do log de importações: "
+                                               "não há ecrã disponível",
+                                               0),
+              0u)
+        << office.boxes.shown[0].text;
+    EXPECT_EQ(office.boxes.shown[0].style, host::MessageStyle::Critical);
+}
+
+// The import path (settings, execution, validation, the log reset) runs in a fresh process and
+// never loads the window system; only a dialog does.
+TEST(ComponentWindowSystem, OnlyTheDialogsLoadIt) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            testing::TestBackOffice office;
+            Module module;
+            ComPtr<IConnector> connector = module.Create();
+            connector->LoadDefaults(kSettings);
+            connector->Execute();
+            connector->ValidateSettings();
+            connector->ResetData();
+            std::exit(QtLoaded() ? 1 : 0);
+        },
+        ::testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        {
+            testing::TestBackOffice office;
+            WithoutScreen noScreen;
+            Module module;
+            ComPtr<IConnector> connector = module.Create();
+            connector->ShowTrace();
+            std::exit(QtLoaded() ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(ComponentTest, ExecuteReportsThroughTheNotifierItWasGiven) {
