@@ -12,8 +12,6 @@
 namespace kitra::backoffice {
 namespace {
 
-constexpr double kNothing = 0.005;
-
 void CheckReceiptType(const Database& database, const std::string& documentTypeID) {
     if (KindOfDocumentType(database, documentTypeID) != host::DocumentKind::CustomerPayment) {
         throw Error(fmt::format("O tipo de documento '{}' não é de pagamentos de clientes.",
@@ -33,7 +31,7 @@ std::vector<host::LedgerEntry> OpenEntries(const Database& database, std::int32_
                    "AS Open FROM account_entries e JOIN documents d ON d.DocumentKey = "
                    "e.DocumentKey WHERE e.EntryType = 'D' AND e.CustomerID = ? AND d.State = 0) "
                    "WHERE Open >= ? ORDER BY DocumentDate, EntryID");
-    open.Bind({Variant(receiptKey), Variant(customer), Variant(kNothing)});
+    open.Bind({Variant(receiptKey), Variant(customer), Variant(kNoAmount)});
     std::vector<host::LedgerEntry> entries;
     while (open.Step()) {
         host::LedgerEntry entry;
@@ -213,7 +211,7 @@ void AccountTransactionService::Save(host::AccountTransaction& t) {
                      "UPDATE account_entries SET OpenAmount = max(0, round(OpenAmount - ?, 2)) "
                      "WHERE EntryID = ?");
     for (const host::AccountLine& line : t.Lines) {
-        if (line.Amount < kNothing) continue;
+        if (line.Amount < kNoAmount) continue;
         settle.Reset();
         settle.Bind({Variant(key), Variant(line.Entry.EntryID), Variant(line.Amount),
                      Variant(line.InvoiceValue)})
@@ -221,7 +219,7 @@ void AccountTransactionService::Save(host::AccountTransaction& t) {
         reduce.Reset();
         reduce.Bind({Variant(line.Amount), Variant(line.Entry.EntryID)}).Run();
     }
-    if (t.Credit >= kNothing) WriteEntry(database_, key, "C", document, t.Credit, t.Credit);
+    if (t.Credit >= kNoAmount) WriteEntry(database_, key, "C", document, t.Credit, t.Credit);
     write.Commit();
 }
 

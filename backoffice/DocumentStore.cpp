@@ -8,9 +8,6 @@
 namespace kitra::backoffice {
 namespace {
 
-// An amount below half a cent is no amount.
-constexpr double kNothing = 0.005;
-
 std::string Money(double value) { return FormatHostNumber(RoundMoney(value)); }
 
 }  // namespace
@@ -266,10 +263,10 @@ void WriteAccountEntry(Database& database, std::int32_t key, const host::Transac
     // customer has with the company until it is applied.
     const bool onAccount = t.Kind == host::DocumentKind::CustomerPaymentOnAccount;
     const double amount = onAccount ? RoundMoney(t.Total) : RoundMoney(t.Total - t.PaidAmount);
-    if (!(t.CreditSale || onAccount) || amount < kNothing) {
+    if (!(t.CreditSale || onAccount) || amount < kNoAmount) {
         // An entry that receipts settled in part stays, closed, so their settlements keep it.
         Statement close(database,
-                        settled >= kNothing
+                        settled >= kNoAmount
                             ? "UPDATE account_entries SET OpenAmount=0 WHERE DocumentKey=?"
                             : "DELETE FROM account_entries WHERE DocumentKey=?");
         close.Bind({Variant(key)}).Run();

@@ -8,10 +8,18 @@
 
 namespace kitra::backoffice {
 
-inline double RoundMoney(double value) {
-    const double cents = value * 100.0;
-    const double nudge = std::max(std::abs(cents), 1.0) * 8 * DBL_EPSILON;
-    return std::round(cents + std::copysign(nudge, cents)) / 100.0;
+// The value rounded to `decimals` places, halves away from zero, as the decimal number it
+// stands for.
+inline double RoundHalfAway(double value, int decimals) {
+    const double scale = std::pow(10.0, decimals);
+    const double scaled = value * scale;
+    const double nudge = std::max(std::abs(scaled), 1.0) * 8 * DBL_EPSILON;
+    return std::round(scaled + std::copysign(nudge, scaled)) / scale;
 }
+
+inline double RoundMoney(double value) { return RoundHalfAway(value, 2); }
+
+// An amount below half a cent is no amount.
+inline constexpr double kNoAmount = 0.005;
 
 }  // namespace kitra::backoffice

@@ -1,9 +1,9 @@
 #include "backoffice/UtilityService.h"
 
 #include <algorithm>
-#include <cfloat>
 #include <cmath>
 
+#include "backoffice/Money.h"
 #include "core/Error.h"
 #include "core/Numbers.h"
 
@@ -22,11 +22,7 @@ double UtilityService::KeyLimit(int digits) const {
 
 double UtilityService::Round(double value, int decimals) const {
     if (decimals < 0 || decimals > 15) throw Error("Invalid procedure call or argument", 5);
-    const double scale = std::pow(10.0, decimals);
-    // The nudge makes a value such as 1.00005, held as 1.0000499999..., round as written.
-    const double scaled = value * scale;
-    const double nudge = std::max(std::abs(scaled), 1.0) * 8 * DBL_EPSILON;
-    return std::round(scaled + std::copysign(nudge, scaled)) / scale;
+    return RoundHalfAway(value, decimals);
 }
 
 }  // namespace kitra::backoffice
