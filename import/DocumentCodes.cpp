@@ -1,7 +1,8 @@
-// The code conversions the document importers share: salesman codes, document numbers and
-// tender equivalences.
+// The code conversions the document importers share: salesman codes, document numbers, the
+// host's customer and salesman codes, and tender equivalences.
 #include "core/Numbers.h"
 #include "core/Text.h"
+#include "import/DocumentImport.h"
 #include "import/KitraExecutioner.h"
 
 namespace kitra {
@@ -13,7 +14,22 @@ constexpr double kSalesmanUidBase = 10000;
 // Restaurant document IDs end with a 7-digit number.
 constexpr std::size_t kNumberDigits = 7;
 
+std::int32_t CodeOf(const host::HostServices& services, const Variant& value) {
+    if (value.IsNull()) return 0;
+    return RoundToInt32(services.utility->ParseNumber(value.ToText(), ','));
+}
+
 }  // namespace
+
+std::int32_t KnownCustomerCode(const host::HostServices& services, const Variant& code) {
+    const std::int32_t customer = CodeOf(services, code);
+    return services.customers->Exists(customer) ? customer : 0;
+}
+
+std::int32_t KnownSalesmanCode(const host::HostServices& services, const Variant& code) {
+    const std::int32_t salesman = CodeOf(services, code);
+    return services.salesmen->Exists(salesman) ? salesman : 0;
+}
 
 double KitraExecutioner::MapSalesmanCode(const std::string& text) const {
     const double value = services_.utility->ParseNumber(text, ',');

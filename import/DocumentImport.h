@@ -30,6 +30,12 @@ private:
 // sales, 13 stock documents; empty for any other type.
 std::string DocumentTypeKeyFor(const KitraConnectorSetting& settings, std::int32_t documentTypeUid);
 
+// A customer or salesman code of the restaurant as the host's documents take it: read through
+// the host's number parser (separator ","), and 0 when the host has no such record or the
+// restaurant gives none (NULL from an outer join).
+std::int32_t KnownCustomerCode(const host::HostServices& services, const Variant& code);
+std::int32_t KnownSalesmanCode(const host::HostServices& services, const Variant& code);
+
 // The settings' host document type for a restaurant cash movement: payments on account (type 8)
 // with a customer under CustomerPaymentAccountDocument, and none without one; any other type
 // under CashWithdrawalTransDocument when money went out (flow 0), else CashEntranceTransDocument.

@@ -63,15 +63,9 @@ bool ImportCashMovements(KitraExecutioner& engine, ado::Connection& connection,
             row.Announce("Mov.Caixa UID: " + uid);
 
             row.Step("customerID");
-            std::int32_t customer = 0;
-            if (!row["customerid"].IsNull()) {
-                customer = RoundToInt32(services.utility->ParseNumber(row["customerid"].ToText(), ','));
-                if (!services.customers->Exists(customer)) customer = 0;
-            }
+            const std::int32_t customer = KnownCustomerCode(services, row["customerid"]);
             row.Step("salesmanID");
-            std::int32_t salesman =
-                RoundToInt32(services.utility->ParseNumber(row["SalesmanID"].ToText(), ','));
-            if (!services.salesmen->Exists(salesman)) salesman = 0;
+            const std::int32_t salesman = KnownSalesmanCode(services, row["SalesmanID"]);
 
             row.Step("docDate");
             const DateTime date = row["date"].ToDate();

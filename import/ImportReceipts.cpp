@@ -58,13 +58,9 @@ bool ImportReceipts(KitraExecutioner& engine, ado::Connection& connection, Resta
             row.Announce("Recibo: " + std::to_string(number));
 
             row.Step("customerID");
-            std::int32_t customer =
-                RoundToInt32(services.utility->ParseNumber(row["CustomerID"].ToText(), ','));
-            if (!services.customers->Exists(customer)) customer = 0;
+            const std::int32_t customer = KnownCustomerCode(services, row["CustomerID"]);
             row.Step("salesmanID");
-            std::int32_t salesman =
-                RoundToInt32(services.utility->ParseNumber(row["SalesmanID"].ToText(), ','));
-            if (!services.salesmen->Exists(salesman)) salesman = 0;
+            const std::int32_t salesman = KnownSalesmanCode(services, row["SalesmanID"]);
 
             row.Step("docDate");
             const DateTime date = row["date"].ToDate();

@@ -18,13 +18,6 @@ constexpr std::int32_t kCreditSaleType = 11;
 constexpr std::int32_t kStockDocumentType = 13;
 constexpr std::int32_t kInvoiceType = 17;
 
-// A restaurant code read through the host's number parser; a header whose salesman or customer
-// the restaurant itself lacks (its join gives nothing) reads as 0, like one the host lacks.
-std::int32_t CodeOf(const host::HostServices& services, const Variant& value) {
-    if (value.IsNull()) return 0;
-    return RoundToInt32(services.utility->ParseNumber(value.ToText(), ','));
-}
-
 }  // namespace
 
 std::string DocumentTypeKeyFor(const KitraConnectorSetting& settings, std::int32_t documentTypeUid) {
@@ -63,15 +56,13 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
             row.Announce("Documento: " + documentId);
 
             row.Step("customerID");
-            std::int32_t customer = CodeOf(services, row["CustomerID"]);
-            if (!services.customers->Exists(customer)) customer = 0;
+            const std::int32_t customer = KnownCustomerCode(services, row["CustomerID"]);
 
             row.Step("TableTotal");
             const double tableTotal = engine.ParseHundredths(row["TableTotal"].ToText());
 
             row.Step("salesmanID");
-            std::int32_t salesman = CodeOf(services, row["SalesmanID"]);
-            if (!services.salesmen->Exists(salesman)) salesman = 0;
+            const std::int32_t salesman = KnownSalesmanCode(services, row["SalesmanID"]);
 
             row.Step("docType");
             const std::int32_t documentType =
