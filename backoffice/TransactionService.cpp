@@ -106,25 +106,24 @@ void TransactionBusiness::WorkstationStamp(std::int16_t workstationID, const Dat
     transaction_.StampDate = moment;
 }
 
-host::CreditCheckAmounts TransactionBusiness::CreditCheck() const {
+host::Transaction TransactionBusiness::Calculated() const {
     host::Transaction calculated = transaction_;
     CalculateDocument(calculated, [this](std::int16_t group) { return RateOf(group); });
+    return calculated;
+}
+
+host::CreditCheckAmounts TransactionBusiness::CreditCheck() const {
+    const host::Transaction calculated = Calculated();
     return {calculated.Total, calculated.PaidAmount};
 }
 
-double TransactionBusiness::CalculatedTotal() const {
-    host::Transaction calculated = transaction_;
-    CalculateDocument(calculated, [this](std::int16_t group) { return RateOf(group); });
-    return calculated.LinesTotal;
-}
+double TransactionBusiness::CalculatedTotal() const { return Calculated().LinesTotal; }
 
 void TransactionBusiness::SetTotalAdjustment(double amount) {
     transaction_.TotalAdjustment = RoundMoney(amount);
 }
 
-void TransactionBusiness::Calculate() {
-    CalculateDocument(transaction_, [this](std::int16_t group) { return RateOf(group); });
-}
+void TransactionBusiness::Calculate() { transaction_ = Calculated(); }
 
 // ---------------------------------------------------------------- TransactionService
 

@@ -38,6 +38,8 @@ public:
 
 private:
     double RateOf(std::int16_t taxableGroupID) const;
+    // The transaction with its totals, VAT and payments calculated, leaving this one as it is.
+    host::Transaction Calculated() const;
 
     Database& database_;
     host::Transaction transaction_;
