@@ -42,7 +42,8 @@ void TerminalNotifier::NotifyProgress(long position, long total, const std::stri
     const double fraction = whole_ > 0 ? static_cast<double>(done_) / whole_ : 1.0;
     const long tenth = static_cast<long>(fraction * 10);
     if (text != lastText_ || tenth != lastTenth_) {
-        out_ << text << ": " << done_ << "/" << whole_ << "\n";
+        // Flushed at once, so that a program or a person reading a pipe sees the run as it goes.
+        out_ << text << ": " << done_ << "/" << whole_ << "\n" << std::flush;
         lastText_ = text;
         lastTenth_ = tenth;
     }
@@ -52,7 +53,7 @@ void TerminalNotifier::NotifyStatus(const std::string& text) {
     const bool perRecord = afterProgress_ && !IsSummaryLine(text);
     afterProgress_ = false;
     if (detail_ == ProgressDetail::Quiet) {
-        if (IsSummaryLine(text)) out_ << text << "\n";
+        if (IsSummaryLine(text)) out_ << text << "\n" << std::flush;
         return;
     }
     if (detail_ == ProgressDetail::Normal && perRecord) {
@@ -60,7 +61,7 @@ void TerminalNotifier::NotifyStatus(const std::string& text) {
         return;
     }
     EndBar();
-    out_ << text << "\n";
+    out_ << text << "\n" << std::flush;
 }
 
 }  // namespace kitra::backoffice::cli

@@ -1,0 +1,107 @@
+// The fetch floor: every statement an import run issues against the restaurant, as many times
+// as the run issues it and in the same order, fetched whole through the same connection and
+// recordset classes, with nothing written anywhere. What the import takes beyond this (and the
+// write floor) is the host's and the connector's own work.
+#include "tools/bench/Bench.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "ado/Connection.h"
+#include "ado/Recordset.h"
+#include "restaurant/Statements.h"
+
+namespace kitra::bench {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+class StatementTimer {
+public:
+    explicit StatementTimer(FetchResult& result) : result_(result) {}
+
+    // Fetches the statement's whole result and counts it under `kind`.
+    ado::Recordset Fetch(const std::string& kind, const std::string& statement,
+                         ado::Connection& connection) {
+        const SteadyClock::time_point started = SteadyClock::now();
+        ado::Recordset rows;
+        rows.Open(statement, connection);
+        const double seconds =
+            std::chrono::duration<double>(SteadyClock::now() - started).count();
+        FetchKind& entry = Entry(kind);
+        entry.statements += 1;
+        entry.rows += rows.RecordCount();
+        entry.seconds += seconds;
+        return rows;
+    }
+
+private:
+    FetchKind& Entry(const std::string& kind) {
+        auto found = std::find_if(result_.kinds.begin(), result_.kinds.end(),
+                                  [&](const FetchKind& k) { return k.kind == kind; });
+        if (found != result_.kinds.end()) return *found;
+        result_.kinds.push_back({kind, 0, 0, 0.0});
+        return result_.kinds.back();
+    }
+
+    FetchResult& result_;
+};
+
+}  // namespace
+
+FetchResult MeasureFetchFloor(const FetchFloorOptions& options) {
+    FetchResult result;
+    StatementTimer timer(result);
+    const SteadyClock::time_point started = SteadyClock::now();
+
+    // The connection string the run builds for a restaurant, character for character.
+    ado::Connection connection;
+    connection.SetConnectionString("Driver={MySQL ODBC 5.1 Driver};Server=" + options.server +
+                                   ";Database=" + options.database + "; User=" + options.user +
+                                   ";Password=" + options.password + ";Option=3;Port=" +
+                                   options.port);
+    connection.SetCursorLocation(ado::CursorLocationEnum::UseClient);
+
+    // Each importer opens the connection for its statement and closes it when its rows are done.
+    namespace r = kitra::restaurant;
+    const auto importer = [&](const std::string& kind, const std::string& statement) {
+        connection.Open();
+        ado::Recordset rows = timer.Fetch(kind, statement, connection);
+        return rows;
+    };
+    const std::string& entities = options.entityImportDate;
+    const std::string& transactions = options.transactionImportDate;
+    importer("Vendedores", r::SalesmenStatement(entities));
+    connection.Close();
+    importer("Clientes", r::CustomersStatement(entities));
+    connection.Close();
+    importer("Famílias", r::FamiliesStatement(entities));
+    connection.Close();
+    importer("SubFamílias", r::SubfamiliesStatement(entities));
+    connection.Close();
+    importer("Artigos", r::ItemsStatement(entities));
+    connection.Close();
+
+    ado::Recordset headers = importer("Transacções", r::SaleDocumentsStatement(transactions));
+    for (; !headers.Eof(); headers.MoveNext()) {
+        const std::int32_t type = headers["DocumentTypeUID"].ToInt32();
+        if (std::find(options.mappedDocumentTypes.begin(), options.mappedDocumentTypes.end(),
+                      type) == options.mappedDocumentTypes.end()) {
+            continue;
+        }
+        const std::string uid = headers["UID"].ToText();
+        timer.Fetch("Transacções (linhas)", r::DocumentLinesStatement(uid), connection);
+        timer.Fetch("Transacções (pagamentos)", r::DocumentTendersStatement(uid), connection);
+    }
+    connection.Close();
+
+    importer("Movimentos Caixa", r::CashMovementsStatement(transactions));
+    connection.Close();
+    importer("Recibos", r::ReceiptsStatement(transactions));
+    connection.Close();
+
+    result.seconds = std::chrono::duration<double>(SteadyClock::now() - started).count();
+    return result;
+}
+
+}  // namespace kitra::bench

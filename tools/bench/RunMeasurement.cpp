@@ -1,0 +1,101 @@
+// Runs one program (the import: kitra-host execute) and measures it from outside: wall time,
+// peak resident memory (the kernel's own count for the child), and when each importer started,
+// read from the status lines the program prints as it goes.
+#include "tools/bench/Bench.h"
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <regex>
+#include <stdexcept>
+
+namespace kitra::bench {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+double SecondsBetween(SteadyClock::time_point from, SteadyClock::time_point to) {
+    return std::chrono::duration<double>(to - from).count();
+}
+
+// "A importar Clientes" starts an importer; "A importar Clientes: 10/200" is its progress.
+bool IsImporterStart(const std::string& line) {
+    static const std::regex progress(R"(: [0-9]+/[0-9]+$)");
+    return line.starts_with("A importar ") && !std::regex_search(line, progress);
+}
+
+// The compaction after the last restaurant is a phase of its own.
+bool IsCompactionStart(const std::string& line) {
+    return line.starts_with("Vai-se proceder à compactação");
+}
+
+}  // namespace
+
+RunResult MeasureRun(const std::vector<std::string>& command, const std::string& outputFile) {
+    if (command.empty()) throw std::runtime_error("no program to run");
+    int pipeEnds[2];
+    if (pipe(pipeEnds) != 0) throw std::runtime_error(std::string("pipe: ") + std::strerror(errno));
+
+    const SteadyClock::time_point started = SteadyClock::now();
+    const pid_t child = fork();
+    if (child < 0) throw std::runtime_error(std::string("fork: ") + std::strerror(errno));
+    if (child == 0) {
+        dup2(pipeEnds[1], STDOUT_FILENO);
+        close(pipeEnds[0]);
+        close(pipeEnds[1]);
+        std::vector<char*> argv;
+        for (const std::string& part : command) argv.push_back(const_cast<char*>(part.c_str()));
+        argv.push_back(nullptr);
+        execv(argv[0], argv.data());
+        std::fprintf(stderr, "cannot run %s: %s\n", argv[0], std::strerror(errno));
+        _exit(127);
+    }
+    close(pipeEnds[1]);
+
+    RunResult result;
+    std::ofstream output(outputFile);
+    FILE* in = fdopen(pipeEnds[0], "r");
+    std::string current;  // the phase running now
+    SteadyClock::time_point phaseStart = started;
+    const auto endPhase = [&](SteadyClock::time_point at) {
+        if (!current.empty()) result.phases.push_back({current, SecondsBetween(phaseStart, at)});
+    };
+    char* line = nullptr;
+    size_t capacity = 0;
+    ssize_t length;
+    while ((length = getline(&line, &capacity, in)) >= 0) {
+        const SteadyClock::time_point now = SteadyClock::now();
+        std::string text(line, static_cast<std::size_t>(length));
+        if (!text.empty() && text.back() == '\n') text.pop_back();
+        output << text << '\n';
+        if (IsImporterStart(text) || IsCompactionStart(text)) {
+            endPhase(now);
+            current = IsCompactionStart(text) ? "Compactação" : text.substr(std::strlen("A importar "));
+            phaseStart = now;
+        }
+    }
+    std::free(line);
+    std::fclose(in);
+
+    int status = 0;
+    rusage usage{};
+    while (wait4(child, &status, 0, &usage) < 0) {
+        if (errno != EINTR) throw std::runtime_error(std::string("wait4: ") + std::strerror(errno));
+    }
+    const SteadyClock::time_point finished = SteadyClock::now();
+    endPhase(finished);
+    result.wallSeconds = SecondsBetween(started, finished);
+    result.peakRssKilobytes = usage.ru_maxrss;
+    result.cpuSeconds = static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+                        static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return result;
+}
+
+}  // namespace kitra::bench

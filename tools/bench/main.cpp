@@ -1,0 +1,243 @@
+// kitra-bench: measures one import run against its floors and keeps the figures as CSV.
+// ./kitra bench drives it; see the usage below and docs/performance.md.
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "ado/DriverRegistration.h"
+#include "core/Error.h"
+#include "tools/bench/Bench.h"
+
+namespace {
+
+using namespace kitra::bench;
+
+constexpr const char* kUsage =
+    "usage:\n"
+    "  kitra-bench import --host-program PATH --data DIR --factor X --csv FILE\n"
+    "                     --server HOST --port N --database NAME --user USER --password PASS\n"
+    "                     [--types 11,13,17] [--since \"yyyy-mm-dd hh:mm:ss\"]\n"
+    "      runs 'PATH --data DIR execute', then the fetch floor against the restaurant and the\n"
+    "      write floor over what the run wrote; prints a table and appends it to FILE\n"
+    "  kitra-bench summary --csv FILE\n"
+    "      the verdict over the two factors of FILE: the ratio to the floor, the peak memory\n"
+    "      and how time grows with the data; exits 1 when a goal is missed\n";
+
+// The goals the import is held to on the machine the bench runs on.
+constexpr double kFloorRatioGoal = 1.3;
+constexpr double kPeakRssGoalMegabytes = 300;
+constexpr double kGrowthGoal = 1.1;  // time grows at most 1.1 times as fast as the data
+
+struct Arguments {
+    std::map<std::string, std::string> options;
+
+    const std::string& Required(const std::string& name) const {
+        auto found = options.find(name);
+        if (found == options.end()) throw std::invalid_argument("missing " + name);
+        return found->second;
+    }
+    std::string Or(const std::string& name, const std::string& fallback) const {
+        auto found = options.find(name);
+        return found == options.end() ? fallback : found->second;
+    }
+};
+
+Arguments Parse(int argc, char** argv, int first) {
+    Arguments arguments;
+    for (int i = first; i < argc; ++i) {
+        const std::string name = argv[i];
+        if (!name.starts_with("--") || i + 1 >= argc)
+            throw std::invalid_argument("unexpected argument: " + name);
+        arguments.options[name] = argv[++i];
+    }
+    return arguments;
+}
+
+std::vector<std::int32_t> ParseTypes(const std::string& text) {
+    std::vector<std::int32_t> types;
+    std::stringstream in(text);
+    std::string part;
+    while (std::getline(in, part, ',')) types.push_back(std::stoi(part));
+    return types;
+}
+
+double RatePerSecond(double rows, double seconds) { return seconds > 0 ? rows / seconds : 0; }
+
+// One line of the CSV: factor, part, statements, rows, seconds, peak RSS (MB).
+void AppendCsv(std::ostream& csv, const std::string& factor, const std::string& part,
+               long statements, double rows, double seconds, double rssMegabytes) {
+    csv << factor << ',' << '"' << part << '"' << ',' << statements << ',' << fmt::format("{:.0f}", rows)
+        << ',' << fmt::format("{:.3f}", seconds) << ',' << fmt::format("{:.1f}", rssMegabytes) << '\n';
+}
+
+int Import(const Arguments& arguments) {
+    const std::string data = arguments.Required("--data");
+    const std::string factor = arguments.Required("--factor");
+    const std::string csvFile = arguments.Required("--csv");
+
+    std::cout << fmt::format("factor {}: importing\n", factor) << std::flush;
+    const RunResult run = MeasureRun(
+        {arguments.Required("--host-program"), "--data", data, "execute"}, data + "/bench-run.txt");
+    if (run.exitCode != 0) {
+        std::cerr << fmt::format("the import ended with exit code {} (its output is in {}/bench-run.txt)\n",
+                                 run.exitCode, data);
+        return 1;
+    }
+
+    std::cout << fmt::format("factor {}: fetch floor\n", factor) << std::flush;
+    FetchFloorOptions fetchOptions;
+    fetchOptions.server = arguments.Required("--server");
+    fetchOptions.port = arguments.Required("--port");
+    fetchOptions.database = arguments.Required("--database");
+    fetchOptions.user = arguments.Required("--user");
+    fetchOptions.password = arguments.Required("--password");
+    fetchOptions.entityImportDate = fetchOptions.transactionImportDate =
+        arguments.Or("--since", "2000-01-01 00:00:00");
+    fetchOptions.mappedDocumentTypes = ParseTypes(arguments.Or("--types", "11,13,17"));
+    const FetchResult fetch = MeasureFetchFloor(fetchOptions);
+
+    std::cout << fmt::format("factor {}: write floor\n", factor) << std::flush;
+    const WriteResult write = MeasureWriteFloor(data + "/backoffice.sqlite", data + "/write-floor.sqlite");
+
+    const double floor = fetch.seconds + write.seconds;
+    const double rss = static_cast<double>(run.peakRssKilobytes) / 1024.0;
+    long statements = 0;
+    long fetchedRows = 0;
+    for (const FetchKind& kind : fetch.kinds) {
+        statements += kind.statements;
+        fetchedRows += kind.rows;
+    }
+
+    std::cout << fmt::format("\n{:<26} {:>10} {:>10} {:>10} {:>12}\n", "factor " + factor, "statements",
+                             "rows", "seconds", "rows/s");
+    std::ofstream csv(csvFile, std::ios::app);
+    for (const Phase& phase : run.phases) {
+        long phaseStatements = 0;
+        double phaseRows = 0;
+        for (const FetchKind& kind : fetch.kinds) {
+            if (kind.kind == phase.name) phaseRows = static_cast<double>(kind.rows);
+            if (kind.kind.starts_with(phase.name)) phaseStatements += kind.statements;
+        }
+        std::cout << fmt::format("  {:<24} {:>10} {:>10.0f} {:>10.1f} {:>12.0f}\n", phase.name,
+                                 phaseStatements, phaseRows, phase.seconds,
+                                 RatePerSecond(phaseRows, phase.seconds));
+        AppendCsv(csv, factor, "import: " + phase.name, phaseStatements, phaseRows, phase.seconds, 0);
+    }
+    std::cout << fmt::format("  {:<24} {:>10} {:>10} {:>10.1f} {:>12}   cpu {:.1f} s, peak RSS {:.0f} MB\n",
+                             "import (execute)", statements, fetchedRows, run.wallSeconds, "",
+                             run.cpuSeconds, rss);
+    AppendCsv(csv, factor, "import", statements, static_cast<double>(fetchedRows), run.wallSeconds, rss);
+    for (const FetchKind& kind : fetch.kinds) {
+        AppendCsv(csv, factor, "fetch: " + kind.kind, kind.statements, static_cast<double>(kind.rows),
+                  kind.seconds, 0);
+    }
+    std::cout << fmt::format("  {:<24} {:>10} {:>10} {:>10.1f} {:>12.0f}\n", "fetch floor", statements,
+                             fetchedRows, fetch.seconds, RatePerSecond(static_cast<double>(fetchedRows), fetch.seconds));
+    AppendCsv(csv, factor, "fetch floor", statements, static_cast<double>(fetchedRows), fetch.seconds, 0);
+    std::cout << fmt::format("  {:<24} {:>10} {:>10} {:>10.1f} {:>12.0f}   {:.0f} MB of values\n",
+                             "write floor", 1, write.rows, write.seconds,
+                             RatePerSecond(static_cast<double>(write.rows), write.seconds),
+                             static_cast<double>(write.bytes) / 1e6);
+    AppendCsv(csv, factor, "write floor", 1, static_cast<double>(write.rows), write.seconds, 0);
+    std::cout << fmt::format("  import / floor: {:.2f}\n\n", floor > 0 ? run.wallSeconds / floor : 0);
+    return 0;
+}
+
+struct FactorFigures {
+    double factor = 0, import = 0, fetch = 0, write = 0, rss = 0;
+};
+
+std::vector<std::string> SplitCsv(const std::string& line) {
+    std::vector<std::string> fields;
+    std::string field;
+    bool quoted = false;
+    for (char c : line) {
+        if (c == '"') quoted = !quoted;
+        else if (c == ',' && !quoted) fields.push_back(std::exchange(field, {}));
+        else field += c;
+    }
+    fields.push_back(field);
+    return fields;
+}
+
+int Summary(const Arguments& arguments) {
+    std::ifstream csv(arguments.Required("--csv"));
+    std::map<double, FactorFigures> figures;
+    std::string line;
+    while (std::getline(csv, line)) {
+        const std::vector<std::string> f = SplitCsv(line);
+        if (f.size() < 6 || f[0] == "factor") continue;
+        FactorFigures& entry = figures[std::stod(f[0])];
+        entry.factor = std::stod(f[0]);
+        const double seconds = std::stod(f[4]);
+        if (f[1] == "import") {
+            entry.import = seconds;
+            entry.rss = std::stod(f[5]);
+        } else if (f[1] == "fetch floor") {
+            entry.fetch = seconds;
+        } else if (f[1] == "write floor") {
+            entry.write = seconds;
+        }
+    }
+    if (figures.empty()) throw std::invalid_argument("no measurements in the CSV file");
+    const FactorFigures& largest = figures.rbegin()->second;
+    const double floor = largest.fetch + largest.write;
+    const double ratio = floor > 0 ? largest.import / floor : 0;
+    std::string line2 = fmt::format("import {:.1f} s = {:.2f} × floor (fetch {:.1f} s + write {:.1f} s); peak RSS {:.0f} MB",
+                                    largest.import, ratio, largest.fetch, largest.write, largest.rss);
+    bool met = ratio <= kFloorRatioGoal && largest.rss <= kPeakRssGoalMegabytes;
+    if (figures.size() >= 2) {
+        const FactorFigures& smallest = figures.begin()->second;
+        const double dataGrowth = largest.factor / smallest.factor;
+        const double timeGrowth = smallest.import > 0 ? largest.import / smallest.import : 0;
+        line2 += fmt::format("; {:g}× data → {:.1f}× time", dataGrowth, timeGrowth);
+        met = met && timeGrowth <= kGrowthGoal * dataGrowth;
+        std::cout << line2 << "\n";
+        std::cout << fmt::format("goals: import ≤ {} × floor, peak RSS ≤ {:.0f} MB, {:g}× data in ≤ {:.1f}× time: {}\n",
+                                 kFloorRatioGoal, kPeakRssGoalMegabytes, dataGrowth,
+                                 kGrowthGoal * dataGrowth, met ? "met" : "missed");
+    } else {
+        std::cout << line2 << "\n";
+        std::cout << fmt::format("goals: import ≤ {} × floor, peak RSS ≤ {:.0f} MB: {}\n", kFloorRatioGoal,
+                                 kPeakRssGoalMegabytes, met ? "met" : "missed");
+    }
+    return met ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        const std::string command = argc > 1 ? argv[1] : "";
+        if (command == "-h" || command == "--help") {
+            std::cout << kUsage;
+            return 0;
+        }
+        if (command == "import") {
+            kitra::ado::EnsureDriverRegistration();
+            return Import(Parse(argc, argv, 2));
+        }
+        if (command == "summary") return Summary(Parse(argc, argv, 2));
+        std::cerr << kUsage;
+        return 2;
+    } catch (const std::invalid_argument& error) {
+        std::cerr << "kitra-bench: " << error.what() << "\n" << kUsage;
+        return 2;
+    } catch (const kitra::Error& error) {
+        std::cerr << "kitra-bench: " << error.Description() << "\n";
+        return 1;
+    } catch (const std::exception& error) {
+        std::cerr << "kitra-bench: " << error.what() << "\n";
+        return 1;
+    }
+}
