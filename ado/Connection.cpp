@@ -1,10 +1,13 @@
 #include "ado/Connection.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "ado/Odbc.h"
+#include "ado/ReadAhead.h"
 #include "core/Error.h"
 #include "core/Text.h"
 
@@ -89,7 +92,7 @@ struct Connection::Handles {
 Connection::Connection() = default;
 Connection::Connection(std::string connectionString)
     : connectionString_(std::move(connectionString)) {}
-Connection::~Connection() = default;
+Connection::~Connection() { readAhead_.reset(); }
 Connection::Connection(Connection&&) noexcept = default;
 Connection& Connection::operator=(Connection&&) noexcept = default;
 
@@ -143,8 +146,22 @@ void Connection::Open(const std::string& connectionString) {
 
 void Connection::Close() {
     if (!handles_) throw ObjectClosed();
+    readAhead_.reset();
     handles_.reset();
 }
+
+void Connection::ReadAhead(std::vector<std::string> statements, std::size_t furtherConnections,
+                           std::size_t window) {
+    RequireOpen();
+    readAhead_.reset();
+    if (furtherConnections == 0 || statements.empty()) return;
+    furtherConnections = std::min(furtherConnections, statements.size());
+    readAhead_ = std::make_unique<ReadAheadRunner>(
+        ReadAheadRunner::Link{connectionString_, connectionTimeout_, commandTimeout_},
+        std::move(statements), furtherConnections, window);
+}
+
+void Connection::StopReadAhead() { readAhead_.reset(); }
 
 void Connection::RequireOpen() const {
     if (!handles_) throw ObjectClosed();
@@ -157,12 +174,28 @@ auto Connection::OnLink(Call&& call) -> decltype(call()) {
         return call();
     } catch (const odbc::LinkFailure&) {
         // Nothing more can go over this link; closed, the connection can be opened again.
+        readAhead_.reset();
         handles_.reset();
         throw;
     }
 }
 
 odbc::ResultRows Connection::ReadAll(const std::string& statement) {
+    RequireOpen();
+    if (readAhead_) {
+        if (std::optional<ReadAheadRunner::Outcome> outcome = readAhead_->Take(statement)) {
+            if (outcome->error) {
+                // The server is out of reach for this connection as much as for the one that
+                // ran the statement: closed, it can be opened again.
+                if (outcome->linkLost) {
+                    readAhead_.reset();
+                    handles_.reset();
+                }
+                std::rethrow_exception(outcome->error);
+            }
+            return std::move(outcome->rows);
+        }
+    }
     return OnLink([&] { return odbc::ExecuteAndReadAll(handles_->connection.Get(), statement); });
 }
 

@@ -12,14 +12,17 @@
 // and a statement after CommandTimeout seconds without an answer, whether the server is
 // unreachable, silent or frozen. A connection whose link to the server was lost (a time-out, a
 // server that went away) closes itself when it raises the error, so the next Open starts afresh.
+#include <cstddef>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace kitra::ado {
 
 namespace odbc {
 struct ResultRows;
 }
+class ReadAheadRunner;
 
 // The connection string as the driver receives it: the given text, followed by the driver's
 // own time-out options (CONN_TIMEOUT, READ_TIMEOUT, WRITE_TIMEOUT) for those that the text does
@@ -73,8 +76,21 @@ public:
     // number of rows it affected (-1 when the driver does not know).
     long Execute(const std::string& statement);
 
+    // The statements (each returning rows) that this open connection will be asked for next,
+    // in this order: they are run ahead on `furtherConnections` connections of their own
+    // (opened with this one's string and time-outs), never more than `window` statements
+    // ahead, and a Recordset::Open of the next one takes its result instead of running it
+    // again. Each statement runs once; its failure is raised where it is asked for, as if it
+    // had run here (a lost link closes this connection too). A statement asked for out of
+    // order, or one no further connection could run, runs here as usual. Ends with
+    // StopReadAhead or Close; 0 further connections means none is run ahead.
+    void ReadAhead(std::vector<std::string> statements, std::size_t furtherConnections,
+                   std::size_t window);
+    void StopReadAhead();
+
 private:
     friend class Recordset;
+    friend class ReadAheadRunner;
     struct Handles;
 
     void RequireOpen() const;
@@ -90,6 +106,8 @@ private:
     long connectionTimeout_ = 15;
     long commandTimeout_ = 30;
     std::unique_ptr<Handles> handles_;  // present while open
+    // Declared after the handles: it ends first, its threads joined before the link goes.
+    std::unique_ptr<ReadAheadRunner> readAhead_;
 };
 
 }  // namespace kitra::ado

@@ -61,6 +61,8 @@ bool IsLockedByAnother(int sqliteCode) {
 
 Statement::Statement(const Database& database, std::string_view sql)
     : database_(database), sql_(sql) {
+    statement_ = database_.TakePrepared(sql_);
+    if (statement_ != nullptr) return;
     const char* tail = nullptr;
     const int rc = sqlite3_prepare_v2(database_.Handle(), sql_.data(),
                                       static_cast<int>(sql_.size()), &statement_, &tail);
@@ -77,7 +79,9 @@ Statement::Statement(const Database& database, std::string_view sql)
     }
 }
 
-Statement::~Statement() { sqlite3_finalize(statement_); }
+Statement::~Statement() {
+    if (statement_ != nullptr) database_.GiveBack(std::move(sql_), statement_);
+}
 
 Statement& Statement::Bind(const std::vector<Variant>& values) {
     const int expected = sqlite3_bind_parameter_count(statement_);
@@ -242,13 +246,46 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
         // last commits but never leaves the file inconsistent (see docs/backoffice-schema.md).
         Exec("PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=ON;");
     } catch (...) {
+        for (auto& [sql, statement] : prepared_) sqlite3_finalize(statement);
+        prepared_.clear();
         sqlite3_close(db_);
         db_ = nullptr;
         throw;
     }
 }
 
-Database::~Database() { sqlite3_close_v2(db_); }
+Database::~Database() {
+    for (auto& [sql, statement] : prepared_) sqlite3_finalize(statement);
+    sqlite3_close_v2(db_);
+}
+
+namespace {
+// More distinct texts than the back office's services use; the bound only matters for texts
+// that carry values.
+constexpr std::size_t kMostPreparedKept = 512;
+}  // namespace
+
+sqlite3_stmt* Database::TakePrepared(const std::string& sql) const {
+    auto found = prepared_.find(sql);
+    if (found == prepared_.end()) return nullptr;
+    sqlite3_stmt* statement = found->second;
+    prepared_.erase(found);
+    return statement;
+}
+
+void Database::GiveBack(std::string&& sql, sqlite3_stmt* statement) const noexcept {
+    // Reset lets go of what a read left open; a statement that failed reports it again here,
+    // which has been reported already.
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+    try {
+        if (prepared_.size() < kMostPreparedKept && prepared_.emplace(std::move(sql), statement).second)
+            return;
+    } catch (...) {
+        // No room to keep it: it is simply finalised.
+    }
+    sqlite3_finalize(statement);
+}
 
 void Database::Exec(std::string_view sql) {
     const std::string text(sql);

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "ado/Recordset.h"
@@ -34,6 +35,10 @@ bool IsLockedByAnother(int sqliteCode);
 class Database;
 
 // One prepared statement. Values are bound by position (1-based in SQL, 0-based here).
+// Preparing is most of what a short statement costs, so the connection keeps the statements it
+// prepared: a Statement of a text used before takes the prepared one back, reset and unbound,
+// and gives it back when it ends. Two Statements of the same text alive at once each have
+// their own.
 class Statement {
 public:
     Statement(const Database& database, std::string_view sql);
@@ -102,9 +107,19 @@ public:
     Error Failure(int code, std::string_view doing) const;
 
 private:
+    friend class Statement;
+    // The prepared statement kept for the text, taken out of the keeping; null when none is.
+    sqlite3_stmt* TakePrepared(const std::string& sql) const;
+    // Keeps the statement for its text (reset, its values unbound), or finalises it when one
+    // is kept already or the keeping is full. Never throws.
+    void GiveBack(std::string&& sql, sqlite3_stmt* statement) const noexcept;
+
     std::filesystem::path file_;
     sqlite3* db_ = nullptr;
     int busyTimeoutMilliseconds_ = kBusyTimeoutMilliseconds;
+    // Prepared statements not in use, by their text. Bounded: texts that carry values (rare
+    // here) would otherwise pile up.
+    mutable std::unordered_map<std::string, sqlite3_stmt*> prepared_;
 };
 
 // A write transaction: BEGIN IMMEDIATE takes the write lock at once, so the busy timeout

@@ -44,6 +44,7 @@ std::string CashDocumentTypeKeyFor(const KitraConnectorSetting& settings, std::i
 
 // A header's UID goes into the lines' and tenders' statements unquoted, so only a whole number
 // may go there; anything else fails with an Error before any SQL is issued.
+bool IsWholeHeaderUid(const std::string& headerUid);
 const std::string& CheckedHeaderUid(const std::string& headerUid);
 
 // Adds the lines of the header to the transaction the engine is building. Nothing is done when

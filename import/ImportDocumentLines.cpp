@@ -8,10 +8,13 @@
 
 namespace kitra {
 
+bool IsWholeHeaderUid(const std::string& headerUid) {
+    return !headerUid.empty() && headerUid.size() <= 10 &&
+           headerUid.find_first_not_of("0123456789") == std::string::npos;
+}
+
 const std::string& CheckedHeaderUid(const std::string& headerUid) {
-    const bool whole = !headerUid.empty() && headerUid.size() <= 10 &&
-                       headerUid.find_first_not_of("0123456789") == std::string::npos;
-    if (!whole) {
+    if (!IsWholeHeaderUid(headerUid)) {
         throw Error("O UID '" + headerUid +
                     "' do cabeçalho da transacção não é um número inteiro; as linhas e os "
                     "pagamentos não foram lidos.");

@@ -2,6 +2,8 @@
 // since its last transactions import, into host documents (invoices, credit sales, stock
 // documents) with their lines and payments. A header whose type is not mapped in the settings is
 // left out with one log line; a refunded header is saved and then refunded.
+#include <cstdlib>
+
 #include "core/Numbers.h"
 #include "import/DocumentImport.h"
 #include "import/Importers.h"
@@ -17,6 +19,33 @@ constexpr const char* kSection = "Transacções";
 constexpr std::int32_t kCreditSaleType = 11;
 constexpr std::int32_t kStockDocumentType = 13;
 constexpr std::int32_t kInvoiceType = 17;
+
+// The lines and payments of the next headers are read ahead on this many further connections
+// to the restaurant ($KITRA_READ_AHEAD_CONNECTIONS, 0 to read each where it is needed), at
+// most this many statements ahead of the document being saved.
+constexpr std::size_t kReadAheadConnections = 2;
+constexpr std::size_t kReadAheadWindow = 64;
+
+std::size_t ReadAheadConnections() {
+    if (const char* text = std::getenv("KITRA_READ_AHEAD_CONNECTIONS"); text != nullptr && *text) {
+        char* end = nullptr;
+        const unsigned long value = std::strtoul(text, &end, 10);
+        if (end != nullptr && *end == '\0' && value <= 16) return value;
+    }
+    return kReadAheadConnections;
+}
+
+// Ends the reading ahead however the importer ends: the workers stop with it.
+class ReadAheadScope {
+public:
+    explicit ReadAheadScope(ado::Connection& connection) : connection_(connection) {}
+    ~ReadAheadScope() { connection_.StopReadAhead(); }
+    ReadAheadScope(const ReadAheadScope&) = delete;
+    ReadAheadScope& operator=(const ReadAheadScope&) = delete;
+
+private:
+    ado::Connection& connection_;
+};
 
 }  // namespace
 
@@ -43,6 +72,26 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
     const host::HostServices& services = engine.Services();
     // The business object lives for the whole step and builds one document at a time.
     TransactionObjectScope transactionObject(engine);
+    ReadAheadScope readAhead(connection);
+    // The statements of the headers' lines and payments, in the order the rows below issue
+    // them: a header whose type is mapped and whose UID can go into a statement.
+    const auto readAheadStatements = [&services, &engine, &connection](ado::Recordset& headers) {
+        std::vector<std::string> statements;
+        for (; !headers.Eof(); headers.MoveNext()) {
+            const std::string uid = headers["UID"].ToText();
+            if (!IsWholeHeaderUid(uid)) continue;
+            std::int32_t type = 0;
+            try {
+                type = RoundToInt32(services.utility->ParseNumber(headers["DocumentTypeUID"].ToText(), ','));
+            } catch (const std::exception&) {
+                continue;  // the row itself fails on it, and the import ends there
+            }
+            if (DocumentTypeKeyFor(*engine.Settings(), type).empty()) continue;
+            statements.push_back(kitra::restaurant::DocumentLinesStatement(uid));
+            statements.push_back(kitra::restaurant::DocumentTendersStatement(uid));
+        }
+        connection.ReadAhead(std::move(statements), ReadAheadConnections(), kReadAheadWindow);
+    };
     return ImportMasterData(
         engine, connection, restaurant, kTexts, kitra::restaurant::SaleDocumentsStatement,
         [&services, &connection](MasterDataRow& row) {
@@ -139,7 +188,8 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
                 services.transactions->Refund(header);
             }
             ++engine.Count(Counter::Transactions);
-        });
+        },
+        readAheadStatements);
 }
 
 }  // namespace kitra

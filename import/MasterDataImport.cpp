@@ -42,7 +42,8 @@ void MasterDataRow::LeaveOut(std::string text, std::string_view section) {
 bool ImportMasterData(KitraExecutioner& engine, ado::Connection& connection,
                       const Restaurant& restaurant, const MasterDataImportTexts& texts,
                       MasterDataStatement statement,
-                      const std::function<void(MasterDataRow&)>& importRow) {
+                      const std::function<void(MasterDataRow&)>& importRow,
+                      const std::function<void(ado::Recordset&)>& beforeRows) {
     const std::string section(texts.section);
     MasterDataRow row(engine, restaurant, texts);
     engine.SetStep("");
@@ -71,6 +72,10 @@ bool ImportMasterData(KitraExecutioner& engine, ado::Connection& connection,
         } else {
             ado::Recordset recordset;
             recordset.Open(StatementFor(statement, restaurant, texts.date), connection);
+            if (beforeRows) {
+                beforeRows(recordset);
+                recordset.MoveFirst();
+            }
             row.recordset_ = &recordset;
             for (long number = 1; !recordset.Eof(); ++number) {
                 engine.NotifyProgress(number, recordset.RecordCount() - 1,

@@ -89,7 +89,8 @@ public:
 private:
     friend bool ImportMasterData(KitraExecutioner&, ado::Connection&, const Restaurant&,
                                  const MasterDataImportTexts&, MasterDataStatement,
-                                 const std::function<void(MasterDataRow&)>&);
+                                 const std::function<void(MasterDataRow&)>&,
+                                 const std::function<void(ado::Recordset&)>&);
 
     KitraExecutioner& engine_;
     const Restaurant& restaurant_;
@@ -98,13 +99,16 @@ private:
     std::string id_;
 };
 
-// Runs one master-data importer: `importRow` is called once per row of `statement`. Returns true
-// when the import ran to its end, also when the server could not be reached (the log says so);
-// false when an error ended it (the error line is logged and counted; what was saved stays).
+// Runs one master-data importer: `importRow` is called once per row of `statement`;
+// `beforeRows`, when given, once with the whole result before the first row (it leaves the
+// recordset at its first row). Returns true when the import ran to its end, also when the
+// server could not be reached (the log says so); false when an error ended it (the error line
+// is logged and counted; what was saved stays).
 bool ImportMasterData(KitraExecutioner& engine, ado::Connection& connection,
                       const Restaurant& restaurant, const MasterDataImportTexts& texts,
                       MasterDataStatement statement,
-                      const std::function<void(MasterDataRow&)>& importRow);
+                      const std::function<void(MasterDataRow&)>& importRow,
+                      const std::function<void(ado::Recordset&)>& beforeRows = {});
 
 // A text column as host fields receive it: cleaned, and empty for NULL.
 std::string CleanedOrEmpty(const Variant& value);
