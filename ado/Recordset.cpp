@@ -26,6 +26,7 @@ Recordset::Recordset(std::vector<std::string> columns, std::vector<std::vector<V
 
 void Recordset::Close() {
     columns_.clear();
+    lookedUp_.clear();
     rows_.clear();
     position_ = 0;
     open_ = false;
@@ -44,8 +45,14 @@ void Recordset::MoveNext() {
 void Recordset::MoveFirst() { position_ = 0; }
 
 std::size_t Recordset::IndexOf(std::string_view name) const {
+    for (const auto& [asked, index] : lookedUp_) {
+        if (asked == name) return index;
+    }
     for (std::size_t i = 0; i < columns_.size(); ++i) {
-        if (EqualsNoCase(columns_[i], name)) return i;
+        if (EqualsNoCase(columns_[i], name)) {
+            lookedUp_.emplace_back(std::string(name), i);
+            return i;
+        }
     }
     throw ItemNotFound();
 }

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "core/Variant.h"
@@ -42,6 +43,9 @@ private:
     std::size_t IndexOf(std::string_view name) const;
 
     std::vector<std::string> columns_;
+    // Names already looked up, as asked for, with their position: the importers ask for the
+    // same few names on every row, so each is compared with the columns only once.
+    mutable std::vector<std::pair<std::string, std::size_t>> lookedUp_;
     std::vector<std::vector<Variant>> rows_;
     // Position 0..rows_.size(); rows_.size() is EOF. BOF only before MoveFirst on empty results.
     std::size_t position_ = 0;

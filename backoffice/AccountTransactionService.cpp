@@ -155,7 +155,7 @@ AccountTransactionService::NewAccountTransactionBusiness() const {
 }
 
 void AccountTransactionService::Save(host::AccountTransaction& t) {
-    Transaction write(database_);
+    Transaction write(database_, TransactionKind::Record);
     CheckReceiptType(database_, t.DocumentTypeID);
     CheckSeries(database_, t.SeriesID);
     const DateTime now = clock_.Now();

@@ -2,7 +2,9 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
@@ -255,6 +257,12 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
 }
 
 Database::~Database() {
+    try {
+        group_.active = false;
+        CommitGroup();
+    } catch (...) {
+        // What the group held is lost; the next run imports it again.
+    }
     for (auto& [sql, statement] : prepared_) sqlite3_finalize(statement);
     sqlite3_close_v2(db_);
 }
@@ -320,16 +328,98 @@ Error Database::Failure(int code, std::string_view doing) const {
                  code);
 }
 
+// ---------------------------------------------------------------- group commit
+
+namespace {
+std::int64_t SteadyMilliseconds() {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+}  // namespace
+
+void Database::BeginGroup(int records, int milliseconds) {
+    CommitGroup();
+    group_.active = true;
+    group_.mostRecords = std::max(records, 1);
+    group_.mostMilliseconds = std::max(milliseconds, 0);
+}
+
+void Database::RefuseAfterLostGroup() const {
+    if (!group_.lost.empty()) throw Error(group_.lost);
+}
+
+void Database::OpenGroup() {
+    RefuseAfterLostGroup();
+    if (group_.open) return;
+    Exec("BEGIN IMMEDIATE");
+    group_.open = true;
+    group_.records = 0;
+    group_.openedAt = SteadyMilliseconds();
+}
+
+void Database::RecordSaved() {
+    ++group_.records;
+    if (group_.records >= group_.mostRecords ||
+        SteadyMilliseconds() - group_.openedAt >= group_.mostMilliseconds) {
+        CommitGroup();
+    }
+}
+
+void Database::CommitGroup() {
+    RefuseAfterLostGroup();
+    if (!group_.open) return;
+    const int records = group_.records;
+    group_.open = false;
+    try {
+        Exec("COMMIT");
+    } catch (const Error& error) {
+        if (sqlite3_get_autocommit(db_) == 0) {
+            try {
+                Exec("ROLLBACK");
+            } catch (...) {
+                // Rolled back already by SQLite, or it will be when the connection closes.
+            }
+        }
+        group_.lost = fmt::format(
+            "A retaguarda não guardou os últimos {} registos gravados, nem nada do que se "
+            "seguiu: {}",
+            records, error.Description());
+        throw Error(group_.lost, error.Number());
+    }
+}
+
+void Database::EndGroup() {
+    group_.active = false;
+    CommitGroup();
+}
+
+GroupedCommits::~GroupedCommits() {
+    try {
+        database_.EndGroup();
+    } catch (...) {
+        // Kept in the connection: its next write fails with the same message.
+    }
+}
+
 // ---------------------------------------------------------------- Transaction
 
-Transaction::Transaction(Database& database) : database_(database) {
+Transaction::Transaction(Database& database, TransactionKind kind) : database_(database) {
+    if (kind == TransactionKind::Record && database_.Grouping()) {
+        database_.OpenGroup();
+        database_.Exec("SAVEPOINT record");
+        savepoint_ = true;
+        return;
+    }
+    // A write of its own: what the group holds is committed before it.
+    database_.CommitGroup();
     database_.Exec("BEGIN IMMEDIATE");
 }
 
 Transaction::~Transaction() {
     if (open_) {
         try {
-            database_.Exec("ROLLBACK");
+            database_.Exec(savepoint_ ? "ROLLBACK TO record; RELEASE record" : "ROLLBACK");
         } catch (...) {
             // Nothing more can be done from a destructor; SQLite rolls back on close anyway.
         }
@@ -337,6 +427,12 @@ Transaction::~Transaction() {
 }
 
 void Transaction::Commit() {
+    if (savepoint_) {
+        database_.Exec("RELEASE record");
+        open_ = false;
+        database_.RecordSaved();
+        return;
+    }
     database_.Exec("COMMIT");
     open_ = false;
 }

@@ -106,8 +106,28 @@ public:
     // the failure is another program's lock, the message says so in the user's terms.
     Error Failure(int code, std::string_view doing) const;
 
+    // Group commit, for a run that saves many records one after another: from BeginGroup on,
+    // each record's transaction (TransactionKind::Record) is a savepoint inside one write
+    // transaction, which is committed once it holds `records` records or is `milliseconds`
+    // old, and by CommitGroup and EndGroup. A record is still all or nothing, and a record that
+    // fails leaves the ones before it saved. Any other write commits the group first, so that
+    // it stands on its own. When a group cannot be committed, what it held is lost: that
+    // commit fails with a message saying so, and so does every later write of the connection,
+    // so that nothing written after it (an import's dates, say) claims what was not stored.
+    void BeginGroup(int records, int milliseconds);
+    void CommitGroup();
+    void EndGroup();
+    bool Grouping() const { return group_.active; }
+
 private:
     friend class Statement;
+    friend class Transaction;
+    // Opens the group's write transaction when none is open (a record is about to be saved).
+    void OpenGroup();
+    // A record of the group was saved: commits when the group is due.
+    void RecordSaved();
+    // Fails when an earlier group could not be committed.
+    void RefuseAfterLostGroup() const;
     // The prepared statement kept for the text, taken out of the keeping; null when none is.
     sqlite3_stmt* TakePrepared(const std::string& sql) const;
     // Keeps the statement for its text (reset, its values unbound), or finalises it when one
@@ -120,13 +140,28 @@ private:
     // Prepared statements not in use, by their text. Bounded: texts that carry values (rare
     // here) would otherwise pile up.
     mutable std::unordered_map<std::string, sqlite3_stmt*> prepared_;
+
+    struct Group {
+        bool active = false;  // between BeginGroup and EndGroup
+        bool open = false;    // its write transaction is open
+        int records = 0;      // records saved in the open transaction
+        int mostRecords = 0;
+        int mostMilliseconds = 0;
+        std::int64_t openedAt = 0;  // steady clock, milliseconds
+        std::string lost;           // why a group could not be committed, once one could not
+    } group_;
 };
 
+// Whether a write transaction saves one record of a run (grouped while the connection groups
+// commits) or stands on its own (settings, logs, schema: committed at once, after the group).
+enum class TransactionKind { Standalone, Record };
+
 // A write transaction: BEGIN IMMEDIATE takes the write lock at once, so the busy timeout
-// covers the whole transaction; a transaction that is not committed is rolled back.
+// covers the whole transaction; a transaction that is not committed is rolled back. A record's
+// transaction while the connection groups commits is a savepoint of the group instead.
 class Transaction {
 public:
-    explicit Transaction(Database& database);
+    explicit Transaction(Database& database, TransactionKind kind = TransactionKind::Standalone);
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
@@ -135,6 +170,24 @@ public:
 private:
     Database& database_;
     bool open_ = true;
+    bool savepoint_ = false;
+};
+
+// Groups the connection's record commits for as long as it lives (see Database::BeginGroup).
+// End() commits and reports a failure; a group left without End() is committed as well, and a
+// failure then can only be logged by the connection's next write.
+class GroupedCommits {
+public:
+    GroupedCommits(Database& database, int records, int milliseconds) : database_(database) {
+        database_.BeginGroup(records, milliseconds);
+    }
+    ~GroupedCommits();
+    GroupedCommits(const GroupedCommits&) = delete;
+    GroupedCommits& operator=(const GroupedCommits&) = delete;
+    void End() { database_.EndGroup(); }
+
+private:
+    Database& database_;
 };
 
 // Double-quoted identifier; the name must be a plain identifier (see IsPlainIdentifier).

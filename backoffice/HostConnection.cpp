@@ -38,6 +38,10 @@ std::string FileNamePart(std::string text) {
 
 long HostConnection::Execute(const host::SqlStatement& statement) {
     try {
+        // A statement of the connector's own (its log rows above all) stands on its own: the
+        // records grouped before it are committed first, and a group that could not be is
+        // reported here, where the log row is kept in a file instead.
+        database_.CommitGroup();
         Statement prepared(database_, statement.text);
         prepared.Bind(statement.parameters).Run();
         return database_.Changes();

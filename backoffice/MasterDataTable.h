@@ -124,7 +124,7 @@ public:
 
     void Save(const Record& record, const Key& key, bool isNew) override {
         const Variant keyValue = KeyValue(key);
-        Transaction transaction(database_);
+        Transaction transaction(database_, TransactionKind::Record);
         if (isNew) {
             if (Exists(key)) {
                 throw Error(fmt::format("Já existe {} com o código {}.", mapping_.recordName,

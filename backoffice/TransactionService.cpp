@@ -140,7 +140,7 @@ std::unique_ptr<host::ITransactionBusiness> TransactionService::NewTransactionBu
 }
 
 void TransactionService::Save(host::Transaction& transaction) {
-    Transaction write(database_);
+    Transaction write(database_, TransactionKind::Record);
     const host::DocumentKind kind = KindOfDocumentType(database_, transaction.DocumentTypeID);
     CheckSeries(database_, transaction.SeriesID);
     // The document type decides the kind, and with it the stock and the current account.
@@ -192,7 +192,7 @@ void TransactionService::Save(host::Transaction& transaction) {
 }
 
 void TransactionService::Refund(host::Transaction& transaction) {
-    Transaction write(database_);
+    Transaction write(database_, TransactionKind::Record);
     const std::int32_t key = KeyOf(database_, transaction.DocumentTypeID, transaction.SeriesID,
                                    transaction.DocumentNumber);
     if (key == 0) {

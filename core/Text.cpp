@@ -114,7 +114,32 @@ std::string FoldCase(std::string_view text) {
     return EncodeUtf8(folded);
 }
 
-bool EqualsNoCase(std::string_view a, std::string_view b) { return FoldCase(a) == FoldCase(b); }
+bool EqualsNoCase(std::string_view a, std::string_view b) {
+    // Names of columns and keys are plain ASCII nearly always: compared byte by byte, with no
+    // decoding and no allocation. Any other byte takes the whole folding.
+    if (a.size() == b.size()) {
+        bool ascii = true;
+        for (std::size_t i = 0; i < a.size() && ascii; ++i) {
+            const auto x = static_cast<unsigned char>(a[i]);
+            const auto y = static_cast<unsigned char>(b[i]);
+            if (x >= 0x80 || y >= 0x80) {
+                ascii = false;
+            } else if (x != y) {
+                const auto upper = [](unsigned char c) { return c >= 'a' && c <= 'z' ? c - 32 : c; };
+                if (upper(x) != upper(y)) return false;
+            }
+        }
+        if (ascii) return true;
+    } else {
+        // Texts of different lengths can still fold equal only when one has a byte beyond ASCII.
+        const auto ascii = [](std::string_view t) {
+            for (const char c : t) if (static_cast<unsigned char>(c) >= 0x80) return false;
+            return true;
+        };
+        if (ascii(a) && ascii(b)) return false;
+    }
+    return FoldCase(a) == FoldCase(b);
+}
 
 std::string Trim(std::string_view text) {
     const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };

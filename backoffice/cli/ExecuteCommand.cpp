@@ -50,6 +50,10 @@ std::string FirstErrorLine(const std::string& contents) {
 
 }  // namespace
 
+// A group of the run's records is committed when it holds this many records or is this old.
+constexpr int kRecordsPerCommit = 500;
+constexpr int kMillisecondsPerCommit = 200;
+
 int RunExecute(CommandContext& context) {
     ProgressDetail detail = ProgressDetail::Normal;
     const bool quiet = context.TakeFlag("--quiet");
@@ -82,7 +86,14 @@ int RunExecute(CommandContext& context) {
     const DateTime start = SystemClock().Now();
     const std::string since = FormatIsoDateTime(DateTime::FromSerial(start.ToSerial() - 60.0 / 86400));
     const auto before = LogRowsSince(office, since);
-    session.Connector().Execute();
+    {
+        // The run's records are committed in groups: a commit per record is most of what saving
+        // a small record costs. Another program that writes to the back office meanwhile waits
+        // at most about the group's time.
+        GroupedCommits grouped(office.GetDatabase(), kRecordsPerCommit, kMillisecondsPerCommit);
+        session.Connector().Execute();
+        grouped.End();
+    }
     std::map<std::string, std::vector<std::pair<std::string, std::string>>> runRows;  // by restaurant
     for (auto& [key, contents] : LogRowsSince(office, since)) {
         if (!before.contains(key)) runRows[key.first].push_back({key.second, contents});

@@ -58,6 +58,16 @@ TEST(Text, CaseInsensitiveKeys) {
     EXPECT_TRUE(EqualsNoCase("Conceição", "CONCEIÇÃO"));
     EXPECT_FALSE(EqualsNoCase("Centro", "Centro "));
     EXPECT_EQ(FoldCase("praia"), "PRAIA");
+    // Only letters fold: "@" and "`" sit 32 places from letters and stay apart from them.
+    EXPECT_FALSE(EqualsNoCase("@", "`"));
+    EXPECT_FALSE(EqualsNoCase("itemid", "itemix"));
+    EXPECT_TRUE(EqualsNoCase("itemID", "ITEMid"));
+    // Plain ASCII first, then a letter beyond it: still folded as a whole.
+    EXPECT_TRUE(EqualsNoCase("Descriçao", "DESCRIÇAO"));
+    EXPECT_FALSE(EqualsNoCase("Descriçao", "DESCRIÇAA"));
+    EXPECT_FALSE(EqualsNoCase("ab", "abc"));
+    EXPECT_FALSE(EqualsNoCase("", "ç"));
+    EXPECT_TRUE(EqualsNoCase("", ""));
 }
 
 TEST(Text, Trim) {

@@ -1,0 +1,135 @@
+// Group commit: records saved one after another share a write transaction, each still all or
+// nothing; other writes stand on their own; a group that cannot be committed says so and lets
+// nothing be written after it. A second connection, as another program would have, shows what
+// is committed.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "backoffice/Database.h"
+#include "core/Error.h"
+#include "tests/backoffice/TempFolder.h"
+
+namespace kitra::backoffice {
+namespace {
+
+using testing::TempBackOffice;
+
+class GroupCommit : public ::testing::Test {
+protected:
+    void SetUp() override {
+        Db().Exec(
+            "CREATE TABLE parent (id INTEGER PRIMARY KEY);"
+            "CREATE TABLE child (id INTEGER PRIMARY KEY, parent INTEGER REFERENCES parent (id)"
+            " DEFERRABLE INITIALLY DEFERRED);"
+            "INSERT INTO parent VALUES (1)");
+    }
+
+    Database& Db() { return office_->GetDatabase(); }
+
+    // A record saved as the services save one: its own transaction, committed.
+    void SaveRecord(int id, int parent = 1) {
+        Transaction record(Db(), TransactionKind::Record);
+        Statement insert(Db(), "INSERT INTO child (id, parent) VALUES (?, ?)");
+        insert.Bind({Variant(id), Variant(parent)}).Run();
+        record.Commit();
+    }
+
+    // What another program sees.
+    int CommittedChildren() {
+        Database other(office_.File(), Database::OpenMode::Existing);
+        Statement count(other, "SELECT COUNT(*) FROM child");
+        return count.Step() ? count.Column(0).ToInt32() : -1;
+    }
+
+    TempBackOffice office_;
+};
+
+TEST_F(GroupCommit, RecordsAreCommittedTogetherWhenTheGroupIsFull) {
+    GroupedCommits grouped(Db(), 3, 60000);
+    SaveRecord(1);
+    SaveRecord(2);
+    EXPECT_EQ(CommittedChildren(), 0);
+    SaveRecord(3);
+    EXPECT_EQ(CommittedChildren(), 3);
+    SaveRecord(4);
+    grouped.End();
+    EXPECT_EQ(CommittedChildren(), 4);
+}
+
+TEST_F(GroupCommit, AGroupIsCommittedWhenItIsOld) {
+    GroupedCommits grouped(Db(), 1000, 0);
+    SaveRecord(1);
+    EXPECT_EQ(CommittedChildren(), 1);
+}
+
+TEST_F(GroupCommit, ARecordThatFailsLeavesTheOnesBeforeItSavedAndNothingOfItself) {
+    {
+        GroupedCommits grouped(Db(), 100, 60000);
+        SaveRecord(1);
+        try {
+            Transaction record(Db(), TransactionKind::Record);
+            Statement(Db(), "INSERT INTO child (id, parent) VALUES (2, 1)").Run();
+            Statement(Db(), "INSERT INTO child (id, parent) VALUES (1, 1)").Run();  // a key twice
+            record.Commit();
+            ADD_FAILURE() << "the second insert should have failed";
+        } catch (const Error&) {
+        }
+        SaveRecord(3);
+        grouped.End();
+    }
+    Statement ids(Db(), "SELECT group_concat(id) FROM (SELECT id FROM child ORDER BY id)");
+    ASSERT_TRUE(ids.Step());
+    EXPECT_EQ(ids.ColumnText(0), "1,3");
+}
+
+TEST_F(GroupCommit, AWriteOfItsOwnCommitsTheGroupFirst) {
+    GroupedCommits grouped(Db(), 100, 60000);
+    SaveRecord(1);
+    {
+        Transaction own(Db());
+        Statement(Db(), "INSERT INTO parent VALUES (2)").Run();
+        own.Commit();
+    }
+    EXPECT_EQ(CommittedChildren(), 1);
+}
+
+TEST_F(GroupCommit, LeavingTheGroupWithoutEndStillCommitsIt) {
+    {
+        GroupedCommits grouped(Db(), 100, 60000);
+        SaveRecord(1);
+        SaveRecord(2);
+    }
+    EXPECT_EQ(CommittedChildren(), 2);
+}
+
+TEST_F(GroupCommit, AGroupThatCannotBeCommittedSaysSoAndNothingIsWrittenAfterIt) {
+    GroupedCommits grouped(Db(), 2, 60000);
+    SaveRecord(1);
+    // The child of a parent that does not exist passes its own savepoint (the check is
+    // deferred) and fails the group's commit.
+    try {
+        SaveRecord(2, 99);
+        ADD_FAILURE() << "the group's commit should have failed";
+    } catch (const Error& error) {
+        EXPECT_NE(error.Description().find("A retaguarda não guardou os últimos 2 registos gravados"),
+                  std::string::npos)
+            << error.Description();
+        EXPECT_NE(error.Description().find("FOREIGN KEY"), std::string::npos) << error.Description();
+    }
+    EXPECT_EQ(CommittedChildren(), 0);
+    // Neither a record nor a write of its own goes in after it.
+    EXPECT_THROW(SaveRecord(3), Error);
+    EXPECT_THROW(Transaction own(Db()), Error);
+    EXPECT_THROW(grouped.End(), Error);
+    EXPECT_EQ(CommittedChildren(), 0);
+}
+
+TEST_F(GroupCommit, WithoutAGroupEveryRecordIsCommittedAtOnce) {
+    SaveRecord(1);
+    EXPECT_EQ(CommittedChildren(), 1);
+    EXPECT_FALSE(Db().Grouping());
+}
+
+}  // namespace
+}  // namespace kitra::backoffice
