@@ -511,6 +511,14 @@ private slots:
         dialog.Open(Setting(kValidXml));
         dialog.show();
         auto& grid = Child<QTableWidget>(dialog, "vsfRestaurant");
+        {
+            // A single click only selects.
+            ModalWatcher opened([](QWidget& editor) { Click(editor, "cmdCancel"); },
+                                QStringLiteral("frmAddRestaurant"));
+            QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, grid.visualItemRect(grid.item(0, 1)).center());
+            QVERIFY(!opened.Seen());
+            QCOMPARE(grid.currentRow(), 0);
+        }
         QString shownName;
         ModalWatcher watcher([&](QWidget& editor) {
             shownName = Child<QLineEdit>(editor, "txtName").text();
