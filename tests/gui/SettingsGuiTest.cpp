@@ -22,6 +22,7 @@
 #include <QToolButton>
 #include <functional>
 #include <memory>
+#include <tuple>
 
 #include "core/ScreenUnits.h"
 #include "host/Com.h"
@@ -570,6 +571,28 @@ private slots:
         QVERIFY(grid.findChildren<QLineEdit*>().isEmpty());
         QCOMPARE(grid.item(0, 0)->text(), QStringLiteral("Centro"));
         QCOMPARE(grid.item(0, 1)->text(), QStringLiteral("127.0.0.1"));
+    }
+
+    void theEquivalenceGridsButtonsAddAndDeleteRows() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        for (const auto& [gridName, add, remove] :
+             {std::tuple{"vsfPayments", "btnAddPayment", "btnDeletePayment"},
+              std::tuple{"vsfTaxableGroups", "btnAddTaxableGroup", "btnDeleteTaxableGroup"}}) {
+            auto& grid = Child<QTableWidget>(dialog, gridName);
+            const QString first = grid.item(0, frmSettings::kHostCode)->text();
+            Click(dialog, add);
+            QCOMPARE(grid.rowCount(), 2);
+            QCOMPARE(grid.item(1, frmSettings::kHostCode)->text(), QString());
+            grid.setCurrentCell(0, frmSettings::kRestaurantValue);
+            Click(dialog, remove);
+            QCOMPARE(grid.rowCount(), 1);
+            QCOMPARE(grid.item(0, frmSettings::kHostCode)->text(), QString());  // the new row stays
+            Click(dialog, remove);
+            QCOMPARE(grid.rowCount(), 0);
+            QVERIFY(!first.isEmpty());
+        }
     }
 
     void theRestaurantButtonsAddEditAndDelete() {
