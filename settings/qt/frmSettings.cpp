@@ -110,6 +110,8 @@ public:
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const override {
         if (index.column() == frmSettings::kHostCode) {
+            // A pick ends the edit through the delegate's own signals, which Qt's const
+            // createEditor cannot emit directly.
             auto* self = const_cast<EquivalenceDelegate*>(this);
             auto* cell = new DropDownListCell(hostEntries_, frmSettings::kListColumnWidths,
                                               [self](DropDownListCell& picked) {
