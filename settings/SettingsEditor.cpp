@@ -43,9 +43,10 @@ std::optional<std::int16_t> SelectedNumber(std::int16_t code, const std::vector<
     return code;
 }
 
-// The VAT column's form "##0.00" with the host's separator.
-std::string VatText(double rate, char separator) {
-    std::string text = fmt::format("{:.2f}", rate);
+// The VAT column's form "##0.00" with the host's separator; a half cent is rounded away from
+// zero, by the host's rounding, as a formatted number is (0,125 shows "0,13").
+std::string VatText(double rate, char separator, const host::IUtilityService& utility) {
+    std::string text = fmt::format("{:.2f}", utility.Round(rate, 2));
     std::replace(text.begin(), text.end(), '.', separator);
     return text;
 }
@@ -122,7 +123,7 @@ SettingsForm SettingsEditor::Load(const KitraConnectorSetting& setting, std::str
             const std::string code = std::to_string(mapping.TaxableGroupID);
             if (!Listed(groups, code)) throw ZoneFailure{"TaxableGroupEquivalence"};
             const double rate = services_.utility->ParseNumber(mapping.KitraVAT, settings_xml::kVatSeparator);
-            taxableRows.push_back({VatText(rate, separator), code, DescriptionIn(groups, code)});
+            taxableRows.push_back({VatText(rate, separator, *services_.utility), code, DescriptionIn(groups, code)});
         }
         form.vsfTaxableGroups = std::move(taxableRows);
 
@@ -290,7 +291,8 @@ std::optional<char> SettingsEditor::FilterVatKey(char key, const std::string& ce
 
 std::string SettingsEditor::VatShown(const std::string& typed) const {
     try {
-        return VatText(services_.utility->ParseNumber(typed, ','), services_.application->DecimalSeparator());
+        return VatText(services_.utility->ParseNumber(typed, ','), services_.application->DecimalSeparator(),
+                       *services_.utility);
     } catch (const std::exception&) {
         return typed;
     }

@@ -1,20 +1,24 @@
 #include "settings/qt/frmSettings.h"
 
-#include <QComboBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
+#include <QPainter>
 #include <QPushButton>
 #include <QStyledItemDelegate>
+#include <QStyleOptionButton>
 #include <QTableWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <functional>
 
 #include "settings/DialogTexts.h"
+#include "settings/qt/DropDownListCell.h"
 #include "settings/qt/TwoColumnCombo.h"
 #include "settings/qt/frmAddRestaurant.h"
 
@@ -87,8 +91,9 @@ private:
 };
 
 // The editors of an equivalence grid: column 0 typed (its own acceptance rule, and for the VAT
-// grid the key filter and "##0.00" display), column 1 a drop-down list of the host's entries
-// whose pick goes through the rules.
+// grid the key filter and "##0.00" display), column 1 the host's entries in a "..." drop-down
+// list whose pick goes through the rules. The current cell of column 1 shows the "..." button;
+// a click on it opens the cell's list at once.
 class EquivalenceDelegate final : public QStyledItemDelegate {
 public:
     EquivalenceDelegate(QTableWidget& grid, std::vector<ListEntry> hostEntries,
@@ -96,6 +101,7 @@ public:
                         std::function<void(int row, std::int16_t code)> picked,
                         const SettingsEditor* vatFilter)
         : QStyledItemDelegate(&grid),
+          grid_(grid),
           hostEntries_(std::move(hostEntries)),
           accepted_(std::move(accepted)),
           picked_(std::move(picked)),
@@ -104,29 +110,36 @@ public:
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const override {
         if (index.column() == frmSettings::kHostCode) {
-            auto* list = new QComboBox(parent);
-            list->setObjectName(QStringLiteral("lstHostEntries"));
-            for (const ListEntry& entry : hostEntries_) {
-                list->addItem(Q(entry.code + " - " + entry.description), Q(entry.code));
+            // A pick ends the edit through the delegate's own signals, which Qt's const
+            // createEditor cannot emit directly.
+            auto* self = const_cast<EquivalenceDelegate*>(this);
+            auto* cell = new DropDownListCell(hostEntries_, frmSettings::kListColumnWidths,
+                                              [self](DropDownListCell& picked) {
+                                                  emit self->commitData(&picked);
+                                                  emit self->closeEditor(&picked);
+                                              },
+                                              parent);
+            if (dropDownOnOpen_) {
+                dropDownOnOpen_ = false;
+                QTimer::singleShot(0, cell, [cell] { cell->DropDown(); });
             }
-            return list;
+            return cell;
         }
         auto* box = qobject_cast<QLineEdit*>(QStyledItemDelegate::createEditor(parent, option, index));
         if (box != nullptr && vatFilter_ != nullptr) box->installEventFilter(new VatKeyFilter(*vatFilter_, *box));
         return box;
     }
     void setEditorData(QWidget* editor, const QModelIndex& index) const override {
-        if (auto* list = qobject_cast<QComboBox*>(editor)) {
-            list->setCurrentIndex(list->findData(index.data(Qt::EditRole)));
+        if (auto* cell = dynamic_cast<DropDownListCell*>(editor)) {
+            cell->SetCode(index.data(Qt::EditRole).toString());
             return;
         }
         QStyledItemDelegate::setEditorData(editor, index);
     }
     void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override {
-        if (auto* list = qobject_cast<QComboBox*>(editor)) {
-            if (list->currentIndex() >= 0) {
-                picked_(index.row(), static_cast<std::int16_t>(list->currentData().toInt()));
-            }
+        if (auto* cell = dynamic_cast<DropDownListCell*>(editor)) {
+            // Only a pick changes the row; leaving the cell without one keeps it as it was.
+            if (cell->Picked()) picked_(index.row(), static_cast<std::int16_t>(cell->Code().toInt()));
             return;
         }
         const QString text = static_cast<QLineEdit*>(editor)->text();
@@ -138,11 +151,46 @@ public:
         return Q(vatFilter_->VatShown(S(value.toString())));
     }
 
+    // Where the "..." button of a list cell is drawn: the cell's right end, as wide as it is high.
+    static QRect ButtonRect(const QRect& cell) {
+        const int side = std::min(cell.height(), cell.width());
+        return QRect(cell.right() - side + 1, cell.top(), side, cell.height());
+    }
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        QStyledItemDelegate::paint(painter, option, index);
+        if (index.column() != frmSettings::kHostCode || index != grid_.currentIndex()) return;
+        QStyleOptionButton button;
+        button.rect = ButtonRect(option.rect);
+        button.text = QStringLiteral("...");
+        button.state = QStyle::State_Enabled | QStyle::State_Raised;
+        grid_.style()->drawControl(QStyle::CE_PushButton, &button, painter, &grid_);
+    }
+    bool editorEvent(QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option,
+                     const QModelIndex& index) override {
+        const bool mouse = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease;
+        if (mouse && index.column() == frmSettings::kHostCode && index == grid_.currentIndex() &&
+            ButtonRect(option.rect).contains(static_cast<QMouseEvent*>(event)->position().toPoint())) {
+            if (event->type() == QEvent::MouseButtonRelease) {
+                const QPersistentModelIndex cell(index);
+                QTimer::singleShot(0, &grid_, [this, cell] {
+                    if (!cell.isValid()) return;
+                    dropDownOnOpen_ = true;
+                    grid_.edit(cell);
+                    dropDownOnOpen_ = false;
+                });
+            }
+            return true;
+        }
+        return QStyledItemDelegate::editorEvent(event, model, option, index);
+    }
+
 private:
+    QTableWidget& grid_;
     std::vector<ListEntry> hostEntries_;
     std::function<bool(const std::string&)> accepted_;
     std::function<void(int, std::int16_t)> picked_;
     const SettingsEditor* vatFilter_;
+    mutable bool dropDownOnOpen_ = false;
 };
 
 }  // namespace

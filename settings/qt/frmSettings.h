@@ -31,6 +31,9 @@ public:
 
     // The grids' columns.
     enum { kRestaurantValue = 0, kHostCode = 1, kDescription = 2 };
+    // The host-code column's "..." lists (tenders, taxable groups): code and description, in
+    // points.
+    static inline const std::vector<int> kListColumnWidths{35, 150};
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -21,6 +21,7 @@
 #include "log/KitraLogViewer.h"
 #include "log/qt/frmKitraLog.h"
 #include "log/qt/frmKitraLogContents.h"
+#include "tests/gui/DoubleClick.h"
 #include "tests/gui/GuiTests.h"
 #include "tests/gui/ModalWatcher.h"
 #include "tests/hostsupport/TestBackOffice.h"
@@ -38,13 +39,6 @@ T& Child(QWidget& parent, const char* name) {
 // The centre of a data row's cell in the grid's viewport.
 QPoint CellCentre(QTableWidget& grid, int row, int column) {
     return grid.visualRect(grid.model()->index(row, column)).center();
-}
-
-// A user's double click: press and release, then the second press that the window system
-// reports as a double click (which is all QTest::mouseDClick sends to a widget).
-void DoubleClick(QWidget* widget, QPoint position) {
-    QTest::mouseClick(widget, Qt::LeftButton, Qt::NoModifier, position);
-    QTest::mouseDClick(widget, Qt::LeftButton, Qt::NoModifier, position);
 }
 
 std::vector<std::string> GridRows(QTableWidget& grid) {

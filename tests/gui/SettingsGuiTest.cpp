@@ -6,22 +6,32 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
+#include <QDialogButtonBox>
 #include <QDoubleSpinBox>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPushButton>
 #include <QStyledItemDelegate>
+#include <QTableView>
 #include <QTableWidget>
 #include <QTest>
 #include <QTimeEdit>
+#include <QToolButton>
+#include <functional>
 #include <memory>
+#include <tuple>
 
+#include "core/ScreenUnits.h"
 #include "host/Com.h"
 #include "host/IConnector.h"
 #include "settings/DialogTexts.h"
+#include "settings/qt/DropDownListCell.h"
 #include "settings/qt/frmAddRestaurant.h"
 #include "settings/qt/frmSettings.h"
+#include "tests/gui/DoubleClick.h"
 #include "tests/gui/GuiTests.h"
 #include "tests/gui/ModalWatcher.h"
 #include "tests/hostsupport/TestBackOffice.h"
@@ -82,6 +92,62 @@ T& OpenEditor(QTableWidget& grid) {
     qFatal("the grid has no open editor");
 }
 
+// The host-code cells a grid has open now (found by name: the class has no meta-object of its
+// own for findChildren to tell it apart).
+std::vector<DropDownListCell*> OpenCells(QTableWidget& grid) {
+    std::vector<DropDownListCell*> open;
+    for (QWidget* widget : grid.findChildren<QWidget*>(QStringLiteral("cellDropDownList"))) {
+        if (auto* cell = dynamic_cast<DropDownListCell*>(widget); cell != nullptr && !cell->isHidden()) {
+            open.push_back(cell);
+        }
+    }
+    return open;
+}
+DropDownListCell& OpenCell(QTableWidget& grid) {
+    const std::vector<DropDownListCell*> open = OpenCells(grid);
+    if (open.empty()) qFatal("the grid has no host-code cell open");
+    return *open.back();
+}
+// The "..." list of a host-code cell that is open now, and its row of that code.
+QTableWidget& OpenList(QTableWidget& grid) {
+    auto& list = Child<QTableWidget>(OpenCell(grid), "lstHostEntries");
+    if (!list.isVisible()) qFatal("the cell's list is not dropped down");
+    return list;
+}
+int RowOf(const QTableWidget& list, const QString& code) {
+    for (int row = 0; row < list.rowCount(); ++row) {
+        if (list.item(row, 0)->text() == code) return row;
+    }
+    qFatal("the list has no entry %s", qPrintable(code));
+}
+// Picks an entry in a host-code cell as a user does: opens the cell, presses its "..." button and
+// clicks the entry of that code in the list.
+void PickInGrid(QTableWidget& grid, int row, const QString& code) {
+    grid.setCurrentCell(row, frmSettings::kHostCode);
+    grid.editItem(grid.item(row, frmSettings::kHostCode));
+    QTest::mouseClick(&Child<QToolButton>(OpenCell(grid), "cmdDropDown"), Qt::LeftButton);
+    QTableWidget& list = OpenList(grid);
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
+                      list.visualItemRect(list.item(RowOf(list, code), 1)).center());
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+// A combo's drop-down columns as their widths in pixels; a hidden column counts 0.
+std::vector<int> ColumnWidths(QComboBox& combo) {
+    auto* view = qobject_cast<QTableView*>(combo.view());
+    if (view == nullptr) qFatal("%s drops down no columns", qPrintable(combo.objectName()));
+    std::vector<int> widths;
+    for (int column = 0; column < view->model()->columnCount(); ++column) {
+        widths.push_back(view->isColumnHidden(column) ? 0 : view->columnWidth(column));
+    }
+    return widths;
+}
+std::vector<int> Pixels(const QWidget& widget, std::initializer_list<int> points) {
+    std::vector<int> pixels;
+    for (int p : points) pixels.push_back(PointsToPixels(p, widget.logicalDpiX()));
+    return pixels;
+}
+
 const std::string kValidXml =
     "<KitraConnectorSetting InvoiceTransDocument=\"VB\" CreditTransDocument=\"FAC\" "
     "StockTransDocument=\"GT\" CashEntranceTransDocument=\"EC\" CashWithdrawalTransDocument=\"SC\" "
@@ -125,6 +191,22 @@ class SettingsGuiTest : public QObject {
         Pick(Child<QComboBox>(editor, "cboTransSerial"), QStringLiteral("EXT"));
     }
 
+    // The connector as a host has it: from its module, through its class factory.
+    void WithConnector(const std::function<void(host::IConnector*)>& use) {
+        void* module = ::dlopen(KITRA_CONNECTOR_MODULE, RTLD_NOW | RTLD_LOCAL);
+        QVERIFY2(module != nullptr, ::dlerror());
+        auto getClassObject = reinterpret_cast<host::DllGetClassObjectFn>(::dlsym(module, "DllGetClassObject"));
+        {
+            const host::Guid clsid{0x3F6E9A24, 0x71C8, 0x4D5B, {0xA0, 0xE2, 0x8B, 0x9C, 0x4D, 0x17, 0xF5, 0xA6}};
+            host::ComPtr<host::IClassFactory> factory;
+            QCOMPARE(getClassObject(clsid, host::kIID_IClassFactory, factory.Out()), host::kOk);
+            host::ComPtr<host::IConnector> connector;
+            QCOMPARE(factory->CreateInstance(nullptr, host::kIID_IConnector, connector.Out()), host::kOk);
+            use(connector.Get());
+        }
+        ::dlclose(module);
+    }
+
 private slots:
     void init() { office = std::make_unique<TestBackOffice>(); }
     void cleanup() { office.reset(); }
@@ -150,11 +232,17 @@ private slots:
         record.ImportDateEntities = "";
         record.ImportDateTransactions = "2011-03-02 10:00:00";
         frmAddRestaurant editor(Services());
+        QDate shownDate;
+        QTime shownTime;
         ModalWatcher watcher([&](QWidget& dialog) {
+            shownDate = Child<QDateEdit>(dialog, "dtpEntityImport").date();
+            shownTime = Child<QTimeEdit>(dialog, "dtpEntityImportTime").time();
             FillRequired(dialog);
             Click(dialog, "cmdOk");
         }, QStringLiteral("frmAddRestaurant"));
         QVERIFY(editor.Edit(record));
+        QCOMPARE(shownDate, QDate::currentDate());
+        QVERIFY(std::abs(shownTime.secsTo(QTime::currentTime())) < 5);
         QVERIFY(watcher.Seen());
         QCOMPARE(QString::fromStdString(record.ImportDateEntities).left(10),
                  QDate::currentDate().toString(QStringLiteral("yyyy-MM-dd")));
@@ -226,7 +314,317 @@ private slots:
         QCOMPARE(QApplication::focusWidget(), &Child<QComboBox>(editor, "cboDefaultWarehouseID"));
     }
 
+    void cancelLeavesTheRecordAsItWas() {
+        Restaurant record;
+        record.Name = "Centro";
+        record.ImportDateEntities = "";
+        const Restaurant before = record;
+        frmAddRestaurant editor(Services());
+        ModalWatcher watcher([&](QWidget& dialog) {
+            FillRequired(dialog);
+            Click(dialog, "cmdCancel");
+        }, QStringLiteral("frmAddRestaurant"));
+        QVERIFY(!editor.Edit(record));
+        QVERIFY(watcher.Seen());
+        QCOMPARE(record.Name, before.Name);
+        QCOMPARE(record.ImportDateEntities, std::string());
+        QCOMPARE(record.TransSerial, before.TransSerial);
+        QVERIFY(office->boxes.shown.empty());
+    }
+
+    void theSupplierSearchFindsByNameAndShowsTheOrganizationName() {
+        Services().suppliers->Save({2, "Frutas da Beira", "500000001"}, 2, true);
+        frmAddRestaurant editor(Services());
+        editor.show();
+        auto& number = Child<QDoubleSpinBox>(editor, "numDefaultSupplierID");
+        auto& name = Child<QLabel>(editor, "stfDefaultSupplierID");
+        QCOMPARE(name.text(), QString());  // a new restaurant has no supplier yet
+
+        QStringList listedAtFirst, listedFound;
+        ModalWatcher watcher([&](QWidget& search) {
+            auto& list = Child<QListWidget>(search, "lstSuppliers");
+            for (int row = 0; row < list.count(); ++row) listedAtFirst << list.item(row)->text();
+            Type(Child<QLineEdit>(search, "txtSearch"), QStringLiteral("BEIRA"));
+            for (int row = 0; row < list.count(); ++row) listedFound << list.item(row)->text();
+            QTest::mouseClick(Child<QDialogButtonBox>(search, "").button(QDialogButtonBox::Ok), Qt::LeftButton);
+        }, QStringLiteral("frmSearchSupplier"));
+        Click(editor, "cmdSearchSupplier");
+        QVERIFY(watcher.Seen());
+        QCOMPARE(listedAtFirst, (QStringList{QStringLiteral("1 - Distribuidora Alimentar do Centro, Lda."),
+                                             QStringLiteral("2 - Frutas da Beira")}));
+        QCOMPARE(listedFound, QStringList{QStringLiteral("2 - Frutas da Beira")});
+        QCOMPARE(number.value(), 2.0);
+        QCOMPARE(name.text(), QStringLiteral("Frutas da Beira"));
+
+        // Cancel in the search keeps the supplier.
+        ModalWatcher cancel([&](QWidget& search) {
+            Child<QListWidget>(search, "lstSuppliers").setCurrentRow(0);
+            QTest::mouseClick(Child<QDialogButtonBox>(search, "").button(QDialogButtonBox::Cancel), Qt::LeftButton);
+        }, QStringLiteral("frmSearchSupplier"));
+        Click(editor, "cmdSearchSupplier");
+        QVERIFY(cancel.Seen());
+        QCOMPARE(number.value(), 2.0);
+
+        // A number typed into the box is looked up as it is typed; one with no supplier shows
+        // no name.
+        auto& typed = *number.findChild<QLineEdit*>();
+        Retype(typed, QStringLiteral("1"));
+        QCOMPARE(name.text().toStdString(), Services().suppliers->Get(1)->OrganizationName);
+        Retype(typed, QStringLiteral("9"));
+        QCOMPARE(name.text(), QString());
+    }
+
+    void theEditorsCombosHideTheirCodesAndNameTheWorkstations() {
+        frmAddRestaurant editor(Services());
+        editor.show();
+        auto& workstation = Child<QComboBox>(editor, "cboWorkstation");
+        QCOMPARE(ColumnWidths(workstation)[0], 0);  // the code column is hidden
+        QVERIFY(ColumnWidths(workstation)[1] > 0);
+        QStringList shown, codes;
+        for (int row = 0; row < workstation.count(); ++row) {
+            shown << workstation.itemText(row);
+            codes << workstation.model()->index(row, 0).data().toString();
+        }
+        QCOMPARE(shown, (QStringList{QStringLiteral("Terminal 1"), QStringLiteral("Terminal 2"),
+                                     QStringLiteral("Terminal 3")}));
+        QCOMPARE(codes, (QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")}));
+        for (const char* name : {"cboDefaultWarehouseID", "cboWasteWarehouseID"}) {
+            auto& warehouse = Child<QComboBox>(editor, name);
+            QCOMPARE(ColumnWidths(warehouse)[0], 0);
+            Pick(warehouse, QStringLiteral("2"));
+            QCOMPARE(warehouse.currentText(), QStringLiteral("Armazém de quebras"));
+        }
+        // The series are a plain list of their codes.
+        auto& series = Child<QComboBox>(editor, "cboTransSerial");
+        QCOMPARE(series.count(), 2);
+        QCOMPARE(series.itemText(0), QStringLiteral("A"));
+        QCOMPARE(series.itemText(1), QStringLiteral("EXT"));
+        QCOMPARE(series.model()->columnCount(), 1);
+
+        // What is picked goes into the record as codes.
+        Restaurant record;
+        FillRequired(editor);
+        Pick(workstation, QStringLiteral("3"));
+        QCOMPARE(workstation.currentText(), QStringLiteral("Terminal 3"));
+        RestaurantEditor::Take(editor.Form(), record);
+        QCOMPARE(record.WorkstationID, std::int16_t{3});
+        QCOMPARE(record.DefaultWarehouseID, std::int16_t{2});
+    }
+
     // frmSettings
+
+    void theSettingsCombosShowTheirColumnsAtTheirWidths() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        for (const char* name : {"cboInvoiceTransDocument", "cboCreditSales", "cboStockDocument",
+                                 "cboCashEntranceTransDocument", "cboCashWithdrawalTransDocument",
+                                 "cboCustomerPaymentTransDocument", "cboCustomerPaymentAccountDocument"}) {
+            auto& combo = Child<QComboBox>(dialog, name);
+            QCOMPARE(ColumnWidths(combo), Pixels(combo, {35, 150}));
+        }
+        QCOMPARE(Child<QComboBox>(dialog, "cboInvoiceTransDocument").currentText(), QStringLiteral("VB"));
+        auto& tender = Child<QComboBox>(dialog, "cboDefaultTenderPayment");
+        QCOMPARE(ColumnWidths(tender), Pixels(tender, {0, 150}));
+        QCOMPARE(tender.currentText(), QStringLiteral("Dinheiro"));  // only the description shows
+        auto& group = Child<QComboBox>(dialog, "cboDefaultTaxableGroup");
+        QCOMPARE(ColumnWidths(group), Pixels(group, {20, 150}));
+        QCOMPARE(group.currentText(), QStringLiteral("1"));
+        QCOMPARE(group.model()->index(group.currentIndex(), 1).data().toString(), QStringLiteral("Taxa normal"));
+    }
+
+    void theGridsHaveOneHeaderRowAndTheServerColumn() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        for (const char* name : {"vsfPayments", "vsfTaxableGroups", "vsfRestaurant"}) {
+            auto& grid = Child<QTableWidget>(dialog, name);
+            QVERIFY(grid.horizontalHeader()->isVisible());
+            QVERIFY(!grid.verticalHeader()->isVisible());
+            QCOMPARE(grid.rowCount(), 1);  // the header is not a row of the settings
+        }
+        auto& restaurants = Child<QTableWidget>(dialog, "vsfRestaurant");
+        QCOMPARE(restaurants.horizontalHeaderItem(1)->text(), QStringLiteral("Servidor"));
+        QCOMPARE(restaurants.item(0, 0)->text(), QStringLiteral("Centro"));
+        QCOMPARE(restaurants.item(0, 1)->text(), QStringLiteral("127.0.0.1"));
+    }
+
+    void theDotsButtonOfAHostCellDropsDownTheHostsList() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        auto& grid = Child<QTableWidget>(dialog, "vsfPayments");
+        grid.setFocus();
+        grid.setCurrentCell(0, frmSettings::kHostCode);
+        // A click on the cell's "..." (its right end) opens the list at once, on the cell's tender.
+        const QRect cell = grid.visualItemRect(grid.item(0, frmSettings::kHostCode));
+        QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, QPoint(cell.right() - 2, cell.center().y()));
+        QTRY_VERIFY(!OpenCells(grid).empty() && OpenCell(grid).DroppedDown());
+        QTableWidget& list = OpenList(grid);
+        QCOMPARE(list.rowCount(), 6);
+        QCOMPARE(list.columnCount(), 2);
+        QCOMPARE(list.item(4, 0)->text(), QStringLiteral("5"));
+        QCOMPARE(list.item(4, 1)->text(), QStringLiteral("Vale de refeição"));
+        QCOMPARE(list.columnWidth(0), PointsToPixels(35, list.logicalDpiX()));
+        QCOMPARE(list.columnWidth(1), PointsToPixels(150, list.logicalDpiX()));
+        QCOMPARE(list.currentRow(), 1);  // tender 2, the cell's own
+        // Escape closes the list and leaves the cell.
+        QTest::keyClick(&list, Qt::Key_Escape);
+        QVERIFY(!list.isVisible());
+        QCOMPARE(grid.item(0, frmSettings::kHostCode)->text(), QStringLiteral("2"));
+        QVERIFY(office->boxes.shown.empty());
+
+        // From the keyboard: F4 drops the list down, Down and Enter pick the next tender.
+        auto& editor = OpenCell(grid);
+        QTest::keyClick(&editor, Qt::Key_F4);
+        QTableWidget& again = OpenList(grid);
+        QTest::keyClick(&again, Qt::Key_Down);
+        QTest::keyClick(&again, Qt::Key_Return);
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(grid.item(0, frmSettings::kHostCode)->text(), QStringLiteral("3"));
+        QCOMPARE(grid.item(0, frmSettings::kDescription)->text(), QStringLiteral("Cartão de crédito"));
+        QCOMPARE(grid.item(0, frmSettings::kRestaurantValue)->text(), QStringLiteral("MB"));
+        QVERIFY(OpenCells(grid).empty());  // the edit ended
+
+        // A click on the cell away from its button does not drop the list down.
+        grid.setCurrentCell(0, frmSettings::kRestaurantValue);
+        grid.setCurrentCell(0, frmSettings::kHostCode);
+        QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, QPoint(cell.left() + 3, cell.center().y()));
+        QTest::qWait(50);
+        for (DropDownListCell* open : OpenCells(grid)) QVERIFY(!open->DroppedDown());
+    }
+
+    void pickingATaxableGroupInItsListFillsTheRow() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        auto& grid = Child<QTableWidget>(dialog, "vsfTaxableGroups");
+        PickInGrid(grid, 0, QStringLiteral("3"));
+        QCOMPARE(grid.item(0, frmSettings::kHostCode)->text(), QStringLiteral("3"));
+        QCOMPARE(grid.item(0, frmSettings::kDescription)->text(), QStringLiteral("Taxa reduzida"));
+        QCOMPARE(grid.item(0, frmSettings::kRestaurantValue)->text(), QStringLiteral("23,00"));
+        QCOMPARE(dialog.Form().vsfTaxableGroups, (std::vector<TaxableGroupRow>{{"23,00", "3", "Taxa reduzida"}}));
+    }
+
+    void aDoubleClickOnARestaurantOpensItInTheEditor() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        auto& grid = Child<QTableWidget>(dialog, "vsfRestaurant");
+        {
+            // A single click only selects.
+            ModalWatcher opened([](QWidget& editor) { Click(editor, "cmdCancel"); },
+                                QStringLiteral("frmAddRestaurant"));
+            QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, grid.visualItemRect(grid.item(0, 1)).center());
+            QVERIFY(!opened.Seen());
+            QCOMPARE(grid.currentRow(), 0);
+        }
+        QString shownName;
+        ModalWatcher watcher([&](QWidget& editor) {
+            shownName = Child<QLineEdit>(editor, "txtName").text();
+            Retype(Child<QLineEdit>(editor, "txtName"), QStringLiteral("Centro Histórico"));
+            Retype(Child<QLineEdit>(editor, "txtServerName"), QStringLiteral("10.0.0.7"));
+            Click(editor, "cmdOk");
+        }, QStringLiteral("frmAddRestaurant"));
+        DoubleClick(grid.viewport(), grid.visualItemRect(grid.item(0, 1)).center());
+        QVERIFY(watcher.Seen());
+        QCOMPARE(shownName, QStringLiteral("Centro"));
+        QCOMPARE(grid.item(0, 0)->text(), QStringLiteral("Centro Histórico"));
+        QCOMPARE(grid.item(0, 1)->text(), QStringLiteral("10.0.0.7"));
+        QCOMPARE(dialog.Form().vsfRestaurant.at(0).Name, std::string("Centro Histórico"));
+        QCOMPARE(dialog.Form().vsfRestaurant.at(0).ServerDBName, std::string("centro"));  // the rest kept
+        QVERIFY(grid.findChildren<QLineEdit*>().isEmpty());  // nothing edited in place
+    }
+
+    void enterOnARestaurantOpensItInTheEditor() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        auto& grid = Child<QTableWidget>(dialog, "vsfRestaurant");
+        grid.setCurrentCell(0, 0);
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+            QString shownName;
+            ModalWatcher watcher([&](QWidget& editor) {
+                shownName = Child<QLineEdit>(editor, "txtName").text();
+                Retype(Child<QLineEdit>(editor, "txtName"), QStringLiteral("Outro"));
+                Click(editor, "cmdCancel");
+            }, QStringLiteral("frmAddRestaurant"));
+            QTest::keyClick(&grid, key);
+            QVERIFY(watcher.Seen());
+            QCOMPARE(shownName, QStringLiteral("Centro"));
+            QCOMPARE(grid.item(0, 0)->text(), QStringLiteral("Centro"));  // cancelled: unchanged
+        }
+        QVERIFY(dialog.isVisible());  // Enter did not close the settings
+    }
+
+    void theRestaurantGridIsNeverEditedInPlace() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        auto& grid = Child<QTableWidget>(dialog, "vsfRestaurant");
+        grid.setFocus();
+        grid.setCurrentCell(0, 0);
+        QTest::keyClick(&grid, Qt::Key_F2);
+        QTest::keyClicks(&grid, QStringLiteral("x"));
+        grid.editItem(grid.item(0, 1));
+        QVERIFY(grid.findChildren<QLineEdit*>().isEmpty());
+        QCOMPARE(grid.item(0, 0)->text(), QStringLiteral("Centro"));
+        QCOMPARE(grid.item(0, 1)->text(), QStringLiteral("127.0.0.1"));
+    }
+
+    void theEquivalenceGridsButtonsAddAndDeleteRows() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        for (const auto& [gridName, add, remove] :
+             {std::tuple{"vsfPayments", "btnAddPayment", "btnDeletePayment"},
+              std::tuple{"vsfTaxableGroups", "btnAddTaxableGroup", "btnDeleteTaxableGroup"}}) {
+            auto& grid = Child<QTableWidget>(dialog, gridName);
+            const QString first = grid.item(0, frmSettings::kHostCode)->text();
+            Click(dialog, add);
+            QCOMPARE(grid.rowCount(), 2);
+            QCOMPARE(grid.item(1, frmSettings::kHostCode)->text(), QString());
+            grid.setCurrentCell(0, frmSettings::kRestaurantValue);
+            Click(dialog, remove);
+            QCOMPARE(grid.rowCount(), 1);
+            QCOMPARE(grid.item(0, frmSettings::kHostCode)->text(), QString());  // the new row stays
+            Click(dialog, remove);
+            QCOMPARE(grid.rowCount(), 0);
+            QVERIFY(!first.isEmpty());
+        }
+    }
+
+    void theRestaurantButtonsAddEditAndDelete() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        auto& grid = Child<QTableWidget>(dialog, "vsfRestaurant");
+        ModalWatcher add([&](QWidget& editor) {
+            FillRequired(editor);
+            Click(editor, "cmdOk");
+        }, QStringLiteral("frmAddRestaurant"));
+        Click(dialog, "btnAddRestaurant");
+        QVERIFY(add.Seen());
+        QCOMPARE(grid.rowCount(), 2);
+        QCOMPARE(grid.item(1, 0)->text(), QStringLiteral("Praia"));
+
+        grid.setCurrentCell(1, 0);
+        ModalWatcher edit([&](QWidget& editor) {
+            Retype(Child<QLineEdit>(editor, "txtServerName"), QStringLiteral("praia.local"));
+            Click(editor, "cmdOk");
+        }, QStringLiteral("frmAddRestaurant"));
+        Click(dialog, "btnEditRestaurant");
+        QVERIFY(edit.Seen());
+        QCOMPARE(grid.item(1, 1)->text(), QStringLiteral("praia.local"));
+
+        grid.selectRow(0);
+        Click(dialog, "btnDeleteRestaurant");
+        QCOMPARE(grid.rowCount(), 1);
+        QCOMPARE(grid.item(0, 0)->text(), QStringLiteral("Praia"));
+        QCOMPARE(dialog.Form().vsfRestaurant.size(), std::size_t{1});
+        QCOMPARE(dialog.Form().vsfRestaurant[0].Name, std::string("Praia"));
+    }
 
     void settingsWithNoRestaurantOpenWithTheMessageAndAnEmptyGrid() {
         frmSettings dialog(Services());
@@ -298,19 +696,12 @@ private slots:
         Commit(*kitraId);
         QCOMPARE(grid.item(1, 0)->text(), QStringLiteral("VALE"));
 
-        grid.setCurrentCell(1, 1);
-        grid.editItem(grid.item(1, 1));
-        auto& list = OpenEditor<QComboBox>(grid);
-        list.setCurrentIndex(list.findData(QStringLiteral("5")));
-        Commit(list);
+        PickInGrid(grid, 1, QStringLiteral("5"));
         QCOMPARE(Shown(), std::vector<std::string>{"Não pode mapear modalidades do tipo vale!"});
         QCOMPARE(grid.item(1, 0)->text(), QString());
         QCOMPARE(grid.item(1, 1)->text(), QString());
 
-        grid.editItem(grid.item(1, 1));
-        auto& again = OpenEditor<QComboBox>(grid);
-        again.setCurrentIndex(again.findData(QStringLiteral("3")));
-        Commit(again);
+        PickInGrid(grid, 1, QStringLiteral("3"));
         QCOMPARE(grid.item(1, 1)->text(), QStringLiteral("3"));
         QCOMPARE(grid.item(1, 2)->text(), QStringLiteral("Cartão de crédito"));
     }
@@ -361,15 +752,7 @@ private slots:
 
     // Config as a host calls it: typing, picking and OK in the real dialog store the settings.
     void configStoresWhatOkAccepts() {
-        void* module = ::dlopen(KITRA_CONNECTOR_MODULE, RTLD_NOW | RTLD_LOCAL);
-        QVERIFY2(module != nullptr, ::dlerror());
-        auto getClassObject = reinterpret_cast<host::DllGetClassObjectFn>(::dlsym(module, "DllGetClassObject"));
-        {
-            const host::Guid clsid{0x3F6E9A24, 0x71C8, 0x4D5B, {0xA0, 0xE2, 0x8B, 0x9C, 0x4D, 0x17, 0xF5, 0xA6}};
-            host::ComPtr<host::IClassFactory> factory;
-            QCOMPARE(getClassObject(clsid, host::kIID_IClassFactory, factory.Out()), host::kOk);
-            host::ComPtr<host::IConnector> connector;
-            QCOMPARE(factory->CreateInstance(nullptr, host::kIID_IConnector, connector.Out()), host::kOk);
+        WithConnector([&](host::IConnector* connector) {
 
             std::unique_ptr<ModalWatcher> editorWatcher;
             ModalWatcher watcher([&](QWidget& dialog) {
@@ -382,10 +765,7 @@ private slots:
                 auto& vat = OpenEditor<QLineEdit>(grid);
                 Type(vat, QStringLiteral("13.0"));
                 Commit(vat);
-                grid.editItem(grid.item(0, 1));
-                auto& list = OpenEditor<QComboBox>(grid);
-                list.setCurrentIndex(list.findData(QStringLiteral("2")));
-                Commit(list);
+                PickInGrid(grid, 0, QStringLiteral("2"));
 
                 // A restaurant, through the editor (a dialog in the dialog).
                 editorWatcher = std::make_unique<ModalWatcher>([&](QWidget& editor) {
@@ -415,8 +795,26 @@ private slots:
             QCOMPARE(stored.Restaurants.Count(), 1);
             QCOMPARE(stored.Restaurants.Item(1).Name, std::string("Praia"));
             QCOMPARE(stored.Restaurants.Item(1).TransSerial, std::string("EXT"));
-        }
-        ::dlclose(module);
+        });
+    }
+
+    void configCancelledStoresNothingAndAnswersFalse() {
+        WithConnector([&](host::IConnector* connector) {
+            QVERIFY(connector->LoadDefaults(kValidXml));
+            KitraConnectorSetting before(*Services().utility);
+            QVERIFY(Services().settingsStore->Load(before));
+            ModalWatcher watcher([&](QWidget& dialog) {
+                Pick(Child<QComboBox>(dialog, "cboStockDocument"), QStringLiteral("DEV"));
+                Click(dialog, "btnDeletePayment");
+                Click(dialog, "cmdCancel");
+            }, QStringLiteral("frmSettings"));
+            QVERIFY(!connector->Config());
+            QVERIFY(watcher.Seen());
+            KitraConnectorSetting after(*Services().utility);
+            QVERIFY(Services().settingsStore->Load(after));
+            QCOMPARE(after.ToXML(), before.ToXML());
+            QCOMPARE(after.StockTransDocument, std::string("GT"));
+        });
     }
 };
 

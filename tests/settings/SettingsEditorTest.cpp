@@ -247,6 +247,16 @@ TEST_F(SettingsEditorTest, LeavingTheVatCellKeepsOnlyANumberAboveMinusOne) {
     EXPECT_FALSE(editor.VatAccepted("abc"));
 }
 
+TEST_F(SettingsEditorTest, TheVatColumnShowsItsNumbersWithTwoDecimals) {
+    EXPECT_EQ(editor.VatShown("6,5"), "6,50");
+    EXPECT_EQ(editor.VatShown("23"), "23,00");
+    EXPECT_EQ(editor.VatShown("0,125"), "0,13");
+    EXPECT_EQ(editor.VatShown("-0,5"), "-0,50");
+    // What is not a number shows as typed; leaving the cell refuses it.
+    EXPECT_EQ(editor.VatShown("1,2,3"), "1,2,3");
+    EXPECT_EQ(editor.VatShown(""), "");
+}
+
 TEST_F(SettingsEditorTest, OnlyAFinalColonLeavesACaption) {
     EXPECT_EQ(SettingsEditor::CaptionWithoutColon("Taxa:"), "Taxa");
     EXPECT_EQ(SettingsEditor::CaptionWithoutColon("Taxa::"), "Taxa:");

@@ -82,6 +82,11 @@ int main(int argc, char** argv) {
         }
         kitra::frmSettings settings(services);
         settings.Open(setting);
+        // The tender grid's first host cell is current, so its "..." list button shows.
+        if (auto* payments = settings.findChild<QTableWidget*>(QStringLiteral("vsfPayments"));
+            payments != nullptr && payments->rowCount() > 0) {
+            payments->setCurrentCell(0, kitra::frmSettings::kHostCode);
+        }
         if (!Save(settings, out / "settings.png")) return 1;
         kitra::frmAddRestaurant restaurant(services);
         restaurant.ShowRecord(setting.Restaurants.Item(1));
