@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -152,13 +153,20 @@ void Connection::Close() {
 
 void Connection::ReadAhead(std::vector<std::string> statements, std::size_t furtherConnections,
                            std::size_t window) {
+    auto held = std::make_shared<std::vector<std::string>>(std::move(statements));
+    const std::size_t count = held->size();
+    ReadAhead(count, [held](std::size_t i) { return (*held)[i]; }, furtherConnections, window);
+}
+
+void Connection::ReadAhead(std::size_t count, std::function<std::string(std::size_t)> statementAt,
+                           std::size_t furtherConnections, std::size_t window) {
     RequireOpen();
     readAhead_.reset();
-    if (furtherConnections == 0 || statements.empty()) return;
-    furtherConnections = std::min(furtherConnections, statements.size());
+    if (furtherConnections == 0 || count == 0) return;
+    furtherConnections = std::min(furtherConnections, count);
     readAhead_ = std::make_unique<ReadAheadRunner>(
-        ReadAheadRunner::Link{connectionString_, connectionTimeout_, commandTimeout_},
-        std::move(statements), furtherConnections, window);
+        ReadAheadRunner::Link{connectionString_, connectionTimeout_, commandTimeout_}, count,
+        std::move(statementAt), furtherConnections, window);
 }
 
 void Connection::StopReadAhead() { readAhead_.reset(); }

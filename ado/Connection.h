@@ -13,6 +13,7 @@
 // unreachable, silent or frozen. A connection whose link to the server was lost (a time-out, a
 // server that went away) closes itself when it raises the error, so the next Open starts afresh.
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -86,6 +87,10 @@ public:
     // StopReadAhead or Close; 0 further connections means none is run ahead.
     void ReadAhead(std::vector<std::string> statements, std::size_t furtherConnections,
                    std::size_t window);
+    // The same for `count` statements whose texts `statementAt(i)` makes when they are needed,
+    // so that a long list holds no more than the window in memory.
+    void ReadAhead(std::size_t count, std::function<std::string(std::size_t)> statementAt,
+                   std::size_t furtherConnections, std::size_t window);
     void StopReadAhead();
 
 private:

@@ -7,12 +7,12 @@
 
 namespace kitra::ado {
 
-ReadAheadRunner::ReadAheadRunner(Link link, std::vector<std::string> statements, std::size_t connections,
-                     std::size_t window)
+ReadAheadRunner::ReadAheadRunner(Link link, std::size_t count, StatementAt statementAt,
+                                 std::size_t connections, std::size_t window)
     : link_(std::move(link)),
-      statements_(std::move(statements)),
-      window_(std::max<std::size_t>(window, 1)),
-      slots_(statements_.size()),
+      count_(count),
+      statementAt_(std::move(statementAt)),
+      slots_(std::max<std::size_t>(window, 1)),
       working_(connections) {
     workers_.reserve(connections);
     for (std::size_t i = 0; i < connections; ++i) workers_.emplace_back([this] { Work(); });
@@ -48,19 +48,26 @@ void ReadAheadRunner::Work() {
     }
     for (;;) {
         std::size_t index = 0;
+        std::string statement;
         {
             std::unique_lock<std::mutex> lock(mutex_);
             changed_.wait(lock, [this] {
                 next_ = std::max(next_, cursor_);
-                return stopping_ || next_ >= statements_.size() || next_ < cursor_ + window_;
+                return stopping_ || next_ >= count_ ||
+                       (next_ < cursor_ + slots_.size() && !SlotOf(next_).running);
             });
-            if (stopping_ || next_ >= statements_.size()) break;
+            if (stopping_ || next_ >= count_) break;
             index = next_++;
-            slots_[index].claimed = true;
+            Slot& slot = SlotOf(index);
+            slot = Slot{};
+            slot.index = index;
+            slot.running = true;
+            slot.statement = statementAt_(index);
+            statement = slot.statement;
         }
         Outcome outcome;
         try {
-            outcome.rows = connection.ReadAll(statements_[index]);
+            outcome.rows = connection.ReadAll(statement);
         } catch (const odbc::LinkFailure&) {
             outcome.error = std::current_exception();
             outcome.linkLost = true;
@@ -70,9 +77,14 @@ void ReadAheadRunner::Work() {
         const bool linkLost = outcome.linkLost;
         {
             std::lock_guard<std::mutex> lock(mutex_);
-            // A result the caller has passed over already is not kept.
-            if (index >= cursor_) slots_[index].outcome = std::move(outcome);
-            slots_[index].done = true;
+            Slot& slot = SlotOf(index);
+            slot.running = false;
+            if (index >= cursor_) {
+                slot.outcome = std::move(outcome);
+                slot.done = true;
+            } else {
+                slot = Slot{};  // passed over meanwhile: the result is not kept
+            }
         }
         changed_.notify_all();
         if (linkLost) break;  // this connection is closed now; the others go on
@@ -82,27 +94,36 @@ void ReadAheadRunner::Work() {
 
 std::optional<ReadAheadRunner::Outcome> ReadAheadRunner::Take(const std::string& statement) {
     std::unique_lock<std::mutex> lock(mutex_);
-    const std::size_t end = std::min(statements_.size(), cursor_ + window_);
+    const std::size_t end = std::min(count_, cursor_ + slots_.size());
     std::size_t found = cursor_;
-    while (found < end && statements_[found] != statement) ++found;
+    for (; found < end; ++found) {
+        const Slot& slot = SlotOf(found);
+        const bool matches = slot.index == found ? slot.statement == statement
+                                                 : statementAt_(found) == statement;
+        if (matches) break;
+    }
     if (found == end) return std::nullopt;
 
     // Statements expected before this one were never asked for: their results go.
-    for (std::size_t passed = cursor_; passed < found; ++passed) slots_[passed].outcome = Outcome{};
+    for (std::size_t passed = cursor_; passed < found; ++passed) {
+        Slot& slot = SlotOf(passed);
+        if (slot.index == passed && !slot.running) slot = Slot{};
+    }
     cursor_ = found;
     changed_.notify_all();
-    Slot& slot = slots_[found];
-    changed_.wait(lock, [&] { return slot.done || (!slot.claimed && (working_ == 0 || stopping_)); });
+    changed_.wait(lock, [&] {
+        const Slot& slot = SlotOf(found);
+        const bool claimed = slot.index == found;
+        return (claimed && slot.done) || (!claimed && (working_ == 0 || stopping_));
+    });
     cursor_ = found + 1;
     std::optional<Outcome> taken;
-    if (slot.done) {
+    Slot& slot = SlotOf(found);
+    if (slot.index == found) {
         taken = std::move(slot.outcome);
-        slot.outcome = Outcome{};
-    } else {
-        // No worker is left to run it: it is the caller's, and no worker may take it later.
-        slot.claimed = true;
-        next_ = std::max(next_, cursor_);
+        slot = Slot{};
     }
+    // Otherwise no worker is left to run it: it is the caller's (cursor_ is past it already).
     lock.unlock();
     changed_.notify_all();
     return taken;

@@ -3,9 +3,13 @@
 // on further connections to the same database, so that the server answers the next ones while
 // the caller is busy with the current one. Each statement still runs exactly once, with its
 // own text; only when it runs changes. Internal to ado/: Connection::ReadAhead is the way in.
+//
+// Memory stays within the window: a statement's text is made when it is about to run, and
+// only the results of the next `window` statements are ever held.
 #include <condition_variable>
 #include <cstddef>
 #include <exception>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -16,6 +20,9 @@
 
 namespace kitra::ado {
 
+// The text of statement number i (0-based) of those expected.
+using StatementAt = std::function<std::string(std::size_t)>;
+
 class ReadAheadRunner {
 public:
     struct Link {
@@ -25,9 +32,9 @@ public:
     };
 
     // Starts `connections` threads, each with a connection of its own opened like `link`,
-    // running the statements in order, never more than `window` ahead of the caller.
-    ReadAheadRunner(Link link, std::vector<std::string> statements, std::size_t connections,
-              std::size_t window);
+    // running statements 0 .. count-1 in order, never more than `window` ahead of the caller.
+    ReadAheadRunner(Link link, std::size_t count, StatementAt statementAt, std::size_t connections,
+                    std::size_t window);
     // Stops: a statement running now is waited for (it ends by its command time-out at the
     // latest); none is started.
     ~ReadAheadRunner();
@@ -41,30 +48,36 @@ public:
         bool linkLost = false;     // the failure says the link to the server is gone
     };
 
-    // The outcome of `statement` when it is the next one expected (statements expected before
-    // it and never asked for are passed over); waits for it if it is still running. Nothing when
-    // the statement is not expected within the window, or nothing will run it ahead any more:
+    // The outcome of `statement` when it is one of the next `window` expected (those expected
+    // before it and never asked for are passed over); waits for it if it is still running.
+    // Nothing when the statement is not expected there, or nothing will run it ahead any more:
     // the caller runs it itself.
     std::optional<Outcome> Take(const std::string& statement);
 
 private:
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+    // One place of the window, reused for statement i, i + window, i + 2 window, ...
     struct Slot {
-        bool claimed = false;
+        std::size_t index = kNone;  // the statement it holds (claimed by a worker)
+        bool running = false;
         bool done = false;
+        std::string statement;
         Outcome outcome;
     };
 
+    Slot& SlotOf(std::size_t index) { return slots_[index % slots_.size()]; }
     void Work();
 
     Link link_;
-    std::vector<std::string> statements_;
-    std::size_t window_;
+    std::size_t count_;
+    StatementAt statementAt_;
     std::vector<Slot> slots_;
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::size_t cursor_ = 0;  // the next statement the caller may ask for
-    std::size_t next_ = 0;    // the next statement a worker may claim
-    std::size_t working_ = 0; // workers still able to run statements
+    std::size_t cursor_ = 0;   // the next statement the caller may ask for
+    std::size_t next_ = 0;     // the next statement a worker may claim
+    std::size_t working_ = 0;  // workers still able to run statements
     bool stopping_ = false;
     std::vector<std::thread> workers_;
 };

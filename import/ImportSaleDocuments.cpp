@@ -76,7 +76,7 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
     // The statements of the headers' lines and payments, in the order the rows below issue
     // them: a header whose type is mapped and whose UID can go into a statement.
     const auto readAheadStatements = [&services, &engine, &connection](ado::Recordset& headers) {
-        std::vector<std::string> statements;
+        std::vector<std::string> uids;
         for (; !headers.Eof(); headers.MoveNext()) {
             const std::string uid = headers["UID"].ToText();
             if (!IsWholeHeaderUid(uid)) continue;
@@ -87,10 +87,17 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
                 continue;  // the row itself fails on it, and the import ends there
             }
             if (DocumentTypeKeyFor(*engine.Settings(), type).empty()) continue;
-            statements.push_back(kitra::restaurant::DocumentLinesStatement(uid));
-            statements.push_back(kitra::restaurant::DocumentTendersStatement(uid));
+            uids.push_back(uid);
         }
-        connection.ReadAhead(std::move(statements), ReadAheadConnections(), kReadAheadWindow);
+        // Statement 2i reads the lines of header i, 2i + 1 its payments.
+        const std::size_t count = uids.size() * 2;
+        connection.ReadAhead(
+            count,
+            [uids = std::move(uids)](std::size_t i) {
+                return i % 2 == 0 ? kitra::restaurant::DocumentLinesStatement(uids[i / 2])
+                                  : kitra::restaurant::DocumentTendersStatement(uids[i / 2]);
+            },
+            ReadAheadConnections(), kReadAheadWindow);
     };
     return ImportMasterData(
         engine, connection, restaurant, kTexts, kitra::restaurant::SaleDocumentsStatement,

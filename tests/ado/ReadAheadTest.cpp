@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -145,6 +146,27 @@ TEST_F(ReadAheadTest, FurtherConnectionsThatCannotOpenLeaveTheStatementsToTheCon
     limited.Close();
     database.Execute("DROP USER '" + user + "'@'%'");
     EXPECT_EQ(Runs(), 12);
+}
+
+TEST_F(ReadAheadTest, AStatementsTextIsMadeOnlyWhenItIsWithinTheWindow) {
+    // A million statements expected, three asked for: only the window's texts are ever made.
+    std::atomic<long> made{0};
+    std::atomic<std::size_t> highest{0};
+    connection.ReadAhead(
+        1000000,
+        [&](std::size_t i) {
+            ++made;
+            std::size_t seen = highest.load();
+            while (i > seen && !highest.compare_exchange_weak(seen, i)) {
+            }
+            return Numbered(static_cast<int>(i));
+        },
+        2, 8);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(Select(Numbered(i)).Field("asked").ToInt32(), i);
+    connection.StopReadAhead();
+    EXPECT_LE(highest.load(), 3u + 8u);
+    EXPECT_LE(made.load(), 3 + 8 + 3);
+    EXPECT_LE(Runs(), 3 + 8);
 }
 
 TEST_F(ReadAheadTest, ClosingTheConnectionStopsTheReadingAhead) {
