@@ -23,14 +23,15 @@ void CheckReceiptType(const Database& database, const std::string& documentTypeI
 // settled counts as open: saving the receipt again replaces it.
 std::vector<host::LedgerEntry> OpenEntries(const Database& database, std::int32_t customer,
                                            std::int32_t receiptKey) {
+    // A receipt settles an entry at most once (one settlement row per receipt and entry), so
+    // what it settled is one row found by key, not a sum.
     Statement open(database,
-                   "SELECT EntryID, DocumentTypeID, SeriesID, DocumentNumber, DocumentDate, Amount, "
-                   "Open FROM (SELECT e.EntryID, e.DocumentTypeID, e.SeriesID, e.DocumentNumber, "
-                   "e.DocumentDate, e.Amount, e.OpenAmount + COALESCE((SELECT SUM(s.Amount) FROM "
-                   "account_settlements s WHERE s.EntryID = e.EntryID AND s.ReceiptKey = ?), 0) "
-                   "AS Open FROM account_entries e JOIN documents d ON d.DocumentKey = "
-                   "e.DocumentKey WHERE e.EntryType = 'D' AND e.CustomerID = ? AND d.State = 0) "
-                   "WHERE Open >= ? ORDER BY DocumentDate, EntryID");
+                   "SELECT e.EntryID, e.DocumentTypeID, e.SeriesID, e.DocumentNumber, "
+                   "e.DocumentDate, e.Amount, e.OpenAmount + COALESCE(s.Amount, 0) AS Open "
+                   "FROM account_entries e LEFT JOIN account_settlements s ON s.ReceiptKey = ? "
+                   "AND s.EntryID = e.EntryID JOIN documents d ON d.DocumentKey = e.DocumentKey "
+                   "WHERE e.EntryType = 'D' AND e.CustomerID = ? AND d.State = 0 "
+                   "AND e.OpenAmount + COALESCE(s.Amount, 0) >= ? ORDER BY e.DocumentDate, e.EntryID");
     open.Bind({Variant(receiptKey), Variant(customer), Variant(kNoAmount)});
     std::vector<host::LedgerEntry> entries;
     while (open.Step()) {

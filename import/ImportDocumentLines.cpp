@@ -26,7 +26,6 @@ void ImportDocumentLines(KitraExecutioner& engine, ado::Connection& connection,
                          const std::string& headerUid, const Restaurant& restaurant,
                          const host::DocumentType& /*documentDefinition*/) {
     if (connection.State() != ado::StateOpen) return;
-    const host::HostServices& services = engine.Services();
     host::ITransactionBusiness& transaction = *engine.TransactionObject();
 
     ado::Recordset lines;
@@ -49,8 +48,7 @@ void ImportDocumentLines(KitraExecutioner& engine, ado::Connection& connection,
 
         double quantity = lines["Quantity"].ToDouble();
         // Items sold by weight: the restaurant counts them in thousandths (grams).
-        const std::optional<host::Item> item = services.items->Get(itemCode);
-        if (item && item->ReadQuantityFromScale) quantity /= 1000;
+        if (engine.ItemSoldByWeight(itemCode)) quantity /= 1000;
         line.Quantity = quantity;
 
         line.DiscountValue = engine.ParseHundredths(lines["DiscountValue"].ToText());

@@ -203,4 +203,12 @@ void KitraExecutioner::NotifyProgress(long position, long total, const std::stri
     if (eventNotifier_) eventNotifier_->NotifyProgress(position, total, text);
 }
 
+bool KitraExecutioner::ItemSoldByWeight(const std::string& itemCode) {
+    if (auto known = soldByWeight_.find(itemCode); known != soldByWeight_.end()) return known->second;
+    const std::optional<host::Item> item = services_.items->Get(itemCode);
+    const bool byWeight = item && item->ReadQuantityFromScale;
+    soldByWeight_.emplace(itemCode, byWeight);
+    return byWeight;
+}
+
 }  // namespace kitra

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "ado/Connection.h"
 #include "core/Clock.h"
@@ -103,7 +104,12 @@ public:
     host::ITransactionBusiness* TransactionObject() const { return transactionObject_.get(); }
     void SetTransactionObject(std::unique_ptr<host::ITransactionBusiness> object) {
         transactionObject_ = std::move(object);
+        soldByWeight_.clear();
     }
+    // Whether the host sells the item by weight (false for an item it does not know). Items do
+    // not change while documents are imported, so each is asked of the host once per document
+    // step; a new step (a new transaction object) asks again.
+    bool ItemSoldByWeight(const std::string& itemCode);
 
     const host::HostServices& Services() const { return services_; }
     const KitraConnectorSetting* Settings() const { return settings_.get(); }
@@ -136,6 +142,7 @@ private:
     std::int32_t errorCount_ = 0;
     bool hostDefaultsEnsured_ = false;
     std::unique_ptr<host::ITransactionBusiness> transactionObject_;
+    std::unordered_map<std::string, bool> soldByWeight_;
 };
 
 }  // namespace kitra

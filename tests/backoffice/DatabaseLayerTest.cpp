@@ -301,5 +301,30 @@ TEST_F(DatabaseLayer, CompactionShrinksTheFileAfterDeletes) {
     EXPECT_TRUE(office_->schema.TableExists("Kitra2Log"));
 }
 
+TEST_F(DatabaseLayer, CompactionLeavesAFileWithFewFreePagesAsItIsButEmptiesTheJournal) {
+    const std::string contents(4000, 'k');
+    {
+        Transaction bulk(office_->GetDatabase());
+        for (int i = 0; i < 500; ++i) {
+            Connection().Execute(Builder().Insert(
+                "Kitra2Log", {{"RestaurantID", "R" + std::to_string(i)},
+                              {"Contents", contents},
+                              {"ImportDate", "2024-01-01 10:00:00"}}));
+        }
+        bulk.Commit();
+    }
+    office_->compaction.CompactDatabase();
+    const auto full = std::filesystem::file_size(office_.File());
+
+    // One row in five hundred gone: a page or two free, not worth rewriting the file for.
+    Connection().Execute(SqlStatement("DELETE FROM Kitra2Log WHERE RestaurantID = 'R7'"));
+    office_->compaction.CompactDatabase();
+    EXPECT_EQ(std::filesystem::file_size(office_.File()), full);
+    EXPECT_EQ(std::filesystem::file_size(office_.File().string() + "-wal"), 0u);
+    Statement free(office_->GetDatabase(), "PRAGMA freelist_count");
+    ASSERT_TRUE(free.Step());
+    EXPECT_GT(free.Column(0).ToInt32(), 0);
+}
+
 }  // namespace
 }  // namespace kitra::backoffice
