@@ -1,6 +1,7 @@
 #include "ado/Connection.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <utility>
 #include <vector>
 
@@ -46,6 +47,16 @@ Error NegativeTimeout() {
                  3001);
 }
 
+// A time-out's starting value: `standard` (ADO's), unless the environment variable holds a
+// whole number of seconds (0 or more).
+long TimeoutFromEnvironment(const char* variable, long standard) {
+    const char* text = std::getenv(variable);
+    if (text == nullptr || *text == '\0') return standard;
+    char* end = nullptr;
+    const long seconds = std::strtol(text, &end, 10);
+    return *end == '\0' && seconds >= 0 && seconds <= 86400 ? seconds : standard;
+}
+
 }  // namespace
 
 // MariaDB Connector/ODBC 3.1 keeps to neither SQL_ATTR_LOGIN_TIMEOUT nor SQL_ATTR_QUERY_TIMEOUT
@@ -86,9 +97,12 @@ struct Connection::Handles {
     }
 };
 
-Connection::Connection() = default;
-Connection::Connection(std::string connectionString)
-    : connectionString_(std::move(connectionString)) {}
+Connection::Connection()
+    : connectionTimeout_(TimeoutFromEnvironment("KITRA_CONNECTION_TIMEOUT", 15)),
+      commandTimeout_(TimeoutFromEnvironment("KITRA_COMMAND_TIMEOUT", 30)) {}
+Connection::Connection(std::string connectionString) : Connection() {
+    connectionString_ = std::move(connectionString);
+}
 Connection::~Connection() = default;
 Connection::Connection(Connection&&) noexcept = default;
 Connection& Connection::operator=(Connection&&) noexcept = default;
