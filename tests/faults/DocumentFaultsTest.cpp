@@ -12,9 +12,6 @@
 namespace kitra::test {
 namespace {
 
-const std::string kNoServer =
-    "## Erro ## Não foi possível estabelecer comunicação com o Servidor. Verifique as suas "
-    "credenciais de acesso ou se o servidor está acessivel.";
 constexpr const char* kDocumentError =
     "Transacções - ## Erro ## ao importar a tabela de Transacções. Transacção: ";
 
@@ -56,17 +53,8 @@ protected:
         EXPECT_NE(log.find("Lost connection"), std::string::npos) << log;
         EXPECT_EQ(Occurrences(log, kNoServer), 2u) << log;
 
-        const auto reference = ReferenceDocuments("CEN");
-        const auto saved = DocumentsOf(Data(), "CEN");
-        EXPECT_GT(saved.size(), 0u);
-        EXPECT_LT(saved.size(), reference.size());
-        for (const auto& [document, shape] : saved) {
-            const auto whole = reference.find(document);
-            ASSERT_NE(whole, reference.end()) << document;
-            EXPECT_EQ(shape, whole->second) << document;
-        }
-        EXPECT_EQ(SummaryOf(run, "Centro").at(5), " - Transacções: " + std::to_string(saved.size()));
-        EXPECT_EQ(Orphans(), 0);
+        const std::size_t saved = ExpectSomeDocumentsEachWhole("CEN");
+        EXPECT_EQ(SummaryOf(run, "Centro").at(5), " - Transacções: " + std::to_string(saved));
         EXPECT_EQ(DocumentsOf(Data(), "PRA"), ReferenceDocuments("PRA"));
         ExpectDatesWithin(DatesOf("Centro"), run, "Centro");
         ExpectDatesWithin(DatesOf("Praia"), run, "Praia");
@@ -84,31 +72,31 @@ protected:
         EXPECT_EQ(Orphans(), 0);
     }
 
+    // The whole story: the run with the strike, what it left, and the next run.
+    void RunStrikingInsideADocument(const std::string& table, void (FaultServer::*strike)(),
+                                    const char* commandTimeout) {
+        StoreSettings(true);
+        StrikeInsideADocument(table, strike);
+        ::setenv("KITRA_COMMAND_TIMEOUT", commandTimeout, 1);
+        const HostRun run = Execute();
+        JoinStriker();
+        ExpectNoHalfDocument(run);
+        ExpectTheNextRunImportsEveryDocumentWhole();
+    }
+
     bool centrosTurn_ = true;
     int documents_ = 0;
     std::thread striker_;
 };
 
 TEST_F(DocumentFaultsTest, ServerKilledWhileADocumentsLinesAreFetched) {
-    StoreSettings(true);
-    StrikeInsideADocument("transactionsdetails", &FaultServer::Kill);
     // The lines' statement waits for the lock far longer than the striker needs to see it.
-    ::setenv("KITRA_COMMAND_TIMEOUT", "30", 1);
-    const HostRun run = Execute();
-    JoinStriker();
-    ExpectNoHalfDocument(run);
-    ExpectTheNextRunImportsEveryDocumentWhole();
+    RunStrikingInsideADocument("transactionsdetails", &FaultServer::Kill, "30");
 }
 
 TEST_F(DocumentFaultsTest, ServerFrozenWhileADocumentsPaymentsAreFetched) {
-    StoreSettings(true);
-    StrikeInsideADocument("transactionstenders", &FaultServer::Freeze);
     // The payments' statement gives up 3 s after the freeze; Praia's turn resumes the server.
-    ::setenv("KITRA_COMMAND_TIMEOUT", "3", 1);
-    const HostRun run = Execute();
-    JoinStriker();
-    ExpectNoHalfDocument(run);
-    ExpectTheNextRunImportsEveryDocumentWhole();
+    RunStrikingInsideADocument("transactionstenders", &FaultServer::Freeze, "3");
 }
 
 }  // namespace

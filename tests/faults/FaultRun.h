@@ -19,6 +19,11 @@
 
 namespace kitra::test {
 
+// The line each importer writes when it cannot reach its restaurant's server.
+inline const std::string kNoServer =
+    "## Erro ## Não foi possível estabelecer comunicação com o Servidor. Verifique as suas "
+    "credenciais de acesso ou se o servidor está acessivel.";
+
 // What one run of kitra-host left: its exit code, what it printed, and the seconds (as the
 // back office writes moments, "yyyy-mm-dd hh:mm:ss") in which it began and ended.
 struct HostRun {
@@ -92,6 +97,10 @@ protected:
     // What an import without faults gives: both restaurants imported into a back office of its
     // own with the settings of StoreSettings(true).
     std::map<std::string, std::string> ReferenceDocuments(const std::string& series);
+    // After a fault: the back office holds fewer of the series' documents than a whole import
+    // gives, at least one, each as a whole import makes it, and nothing of any other; gives
+    // how many it holds.
+    std::size_t ExpectSomeDocumentsEachWhole(const std::string& series);
     // Lines, payments, taxes and stock movements whose document is not there.
     long Orphans() const;
 

@@ -15,10 +15,6 @@
 namespace kitra::test {
 namespace {
 
-const std::string kNoServer =
-    "## Erro ## Não foi possível estabelecer comunicação com o Servidor. Verifique as suas "
-    "credenciais de acesso ou se o servidor está acessivel.";
-
 class RunFaultsTest : public FaultRunTest {
 protected:
     // What every fault must leave: a run that reached its end and names Centro alone, an
