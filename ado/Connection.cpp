@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -50,6 +51,16 @@ Error NegativeTimeout() {
                  3001);
 }
 
+// A time-out's starting value: `standard` (ADO's), unless the environment variable holds a
+// whole number of seconds (0 or more).
+long TimeoutFromEnvironment(const char* variable, long standard) {
+    const char* text = std::getenv(variable);
+    if (text == nullptr || *text == '\0') return standard;
+    char* end = nullptr;
+    const long seconds = std::strtol(text, &end, 10);
+    return *end == '\0' && seconds >= 0 && seconds <= 86400 ? seconds : standard;
+}
+
 }  // namespace
 
 // MariaDB Connector/ODBC 3.1 keeps to neither SQL_ATTR_LOGIN_TIMEOUT nor SQL_ATTR_QUERY_TIMEOUT
@@ -90,9 +101,12 @@ struct Connection::Handles {
     }
 };
 
-Connection::Connection() = default;
-Connection::Connection(std::string connectionString)
-    : connectionString_(std::move(connectionString)) {}
+Connection::Connection()
+    : connectionTimeout_(TimeoutFromEnvironment("KITRA_CONNECTION_TIMEOUT", 15)),
+      commandTimeout_(TimeoutFromEnvironment("KITRA_COMMAND_TIMEOUT", 30)) {}
+Connection::Connection(std::string connectionString) : Connection() {
+    connectionString_ = std::move(connectionString);
+}
 Connection::~Connection() { readAhead_.reset(); }
 Connection::Connection(Connection&&) noexcept = default;
 Connection& Connection::operator=(Connection&&) noexcept = default;

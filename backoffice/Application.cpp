@@ -54,6 +54,12 @@ std::string Application::Title() const { return "Kitrana Retaguarda"; }
 std::string Application::LogFolder() const {
     const std::filesystem::path folder = dataFolder_ / "logs";
     std::error_code error;
+    // A missing folder is made again; a file in its place is the user's and stays.
+    if (std::filesystem::exists(folder, error) && !std::filesystem::is_directory(folder, error)) {
+        throw Error(fmt::format("A pasta de registos '{}' é um ficheiro, não uma pasta: mude-lhe "
+                                "o nome ou apague-o.",
+                                folder.string()));
+    }
     std::filesystem::create_directories(folder, error);
     if (error) {
         throw Error(fmt::format("Não foi possível criar a pasta de registos '{}': {}",

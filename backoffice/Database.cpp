@@ -42,6 +42,16 @@ std::string LockedMessage(const std::filesystem::path& file, int waitedMilliseco
         file.string(), waitedMilliseconds / 1000.0, detail);
 }
 
+// The message of a write that found no room on the back office's disk.
+std::string FullMessage(const std::filesystem::path& file, std::string_view detail) {
+    return fmt::format(
+        "Não há espaço no disco da retaguarda '{}': a escrita não foi feita. Liberte espaço nesse "
+        "disco e tente de novo. ({})",
+        file.string(), detail);
+}
+
+bool IsDiskFull(int sqliteCode) { return (sqliteCode & 0xff) == SQLITE_FULL; }
+
 }  // namespace
 
 int BusyTimeoutMilliseconds() {
@@ -303,6 +313,7 @@ void Database::Exec(std::string_view sql) {
         const std::string detail = message != nullptr ? message : sqlite3_errstr(rc);
         sqlite3_free(message);
         if (IsLockedByAnother(rc)) throw Error(LockedMessage(file_, busyTimeoutMilliseconds_, detail), rc);
+        if (IsDiskFull(rc)) throw Error(FullMessage(file_, detail), rc);
         throw Error(fmt::format("Erro na base de dados da retaguarda: {}", detail), rc);
     }
 }
@@ -324,6 +335,7 @@ int Database::UserVersion() const {
 Error Database::Failure(int code, std::string_view doing) const {
     const char* message = db_ != nullptr ? sqlite3_errmsg(db_) : sqlite3_errstr(code);
     if (IsLockedByAnother(code)) return Error(LockedMessage(file_, busyTimeoutMilliseconds_, message), code);
+    if (IsDiskFull(code)) return Error(FullMessage(file_, message), code);
     return Error(fmt::format("Erro na base de dados da retaguarda ao {}: {}", doing, message),
                  code);
 }

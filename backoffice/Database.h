@@ -103,7 +103,8 @@ public:
     int UserVersion() const;
 
     // An Error that carries SQLite's own message for the last failure on this connection; when
-    // the failure is another program's lock, the message says so in the user's terms.
+    // the failure is another program's lock or a full disk, the message says so in the user's
+    // terms.
     Error Failure(int code, std::string_view doing) const;
 
     // Group commit, for a run that saves many records one after another: from BeginGroup on,

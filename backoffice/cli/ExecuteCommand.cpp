@@ -3,6 +3,12 @@
 // to the present moment even when an importer failed, so a failure that only shows in the log
 // would be passed over for good; the run's own log rows are read back to tell each failed
 // restaurant apart, with what to do about it.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
 #include <map>
 #include <ostream>
 #include <set>
@@ -48,6 +54,29 @@ std::string FirstErrorLine(const std::string& contents) {
     return {};
 }
 
+// The log folder holds each restaurant's log while it is imported and the logs the back office
+// could not store. A run without it would end at its first log line, so the run does not start;
+// a missing folder is made.
+void RequireUsableLogFolder(const BackOffice& office) {
+    const std::string notStarted =
+        " A importação não começou: nada foi importado e as datas de importação ficaram como "
+        "estavam.";
+    std::string folder;
+    try {
+        folder = office.application.LogFolder();
+    } catch (const Error& error) {
+        throw Error(error.Description() + notStarted);
+    }
+    const std::filesystem::path probe = std::filesystem::path(folder) / ".kitra-host-teste";
+    const int descriptor = ::open(probe.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (descriptor < 0) {
+        throw Error("Não é possível escrever na pasta de registos '" + folder + "': " +
+                    std::strerror(errno) + "." + notStarted);
+    }
+    ::close(descriptor);
+    ::unlink(probe.c_str());
+}
+
 }  // namespace
 
 // A group of the run's records is committed when it holds this many records or is this old.
@@ -80,6 +109,7 @@ int RunExecute(CommandContext& context) {
         unreadable = error.Description();
     }
     office.GetDatabase().EnsureWritable();
+    RequireUsableLogFolder(office);
 
     // The run's rows are those written since a minute before its start that were not there
     // before it (the run before may have written one in the same second).
@@ -148,6 +178,14 @@ int RunExecute(CommandContext& context) {
         return ended ? kExitAttention : kExitFailure;
     }
     if (!ended) {
+        // The dates are saved with the settings after the last restaurant; what fails after
+        // that (the compaction of the back office) leaves them saved.
+        if (office.settingsStore.StoredText(kSettingsKey1, kSettingsKey2) != stored) {
+            context.err << "kitra-host: a importação não chegou ao fim, mas todos os restaurantes "
+                           "foram importados e as novas datas de importação foram guardadas. "
+                           "Veja a mensagem acima.\n";
+            return kExitAttention;
+        }
         context.err << "kitra-host: a importação não chegou ao fim; as novas datas de importação "
                        "não foram guardadas. Veja a mensagem acima e 'kitra-host log list'.\n";
         return kExitFailure;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
@@ -30,6 +31,25 @@ TEST(ConnectionTimeouts, AdosDefaults) {
     Connection connection;
     EXPECT_EQ(connection.ConnectionTimeout(), 15);
     EXPECT_EQ(connection.CommandTimeout(), 30);
+}
+
+TEST(ConnectionTimeouts, TheEnvironmentMayGiveOtherStartingValues) {
+    ::setenv("KITRA_CONNECTION_TIMEOUT", "2", 1);
+    ::setenv("KITRA_COMMAND_TIMEOUT", "0", 1);
+    const Connection given;
+    const Connection givenWithAString(kRunsString);
+    // Anything but whole seconds leaves ADO's defaults.
+    ::setenv("KITRA_CONNECTION_TIMEOUT", "2s", 1);
+    ::setenv("KITRA_COMMAND_TIMEOUT", "-5", 1);
+    const Connection refused;
+    ::unsetenv("KITRA_CONNECTION_TIMEOUT");
+    ::unsetenv("KITRA_COMMAND_TIMEOUT");
+    EXPECT_EQ(given.ConnectionTimeout(), 2);
+    EXPECT_EQ(given.CommandTimeout(), 0);
+    EXPECT_EQ(givenWithAString.ConnectionTimeout(), 2);
+    EXPECT_EQ(givenWithAString.ConnectionString(), kRunsString);
+    EXPECT_EQ(refused.ConnectionTimeout(), 15);
+    EXPECT_EQ(refused.CommandTimeout(), 30);
 }
 
 TEST(ConnectionTimeouts, NegativeSecondsAreRefused) {
