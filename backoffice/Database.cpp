@@ -374,11 +374,13 @@ void Database::RecordSaved() {
     ++group_.records;
     if (group_.records >= group_.mostRecords ||
         SteadyMilliseconds() - group_.openedAt >= group_.mostMilliseconds) {
-        CommitGroup();
+        CommitOpenGroup(1);
     }
 }
 
-void Database::CommitGroup() {
+void Database::CommitGroup() { CommitOpenGroup(0); }
+
+void Database::CommitOpenGroup(int callersRecords) {
     RefuseAfterLostGroup();
     if (!group_.open) return;
     const int records = group_.records;
@@ -393,6 +395,8 @@ void Database::CommitGroup() {
                 // Rolled back already by SQLite, or it will be when the connection closes.
             }
         }
+        // Only the caller's own record lost: it fails as it would have without a group.
+        if (records <= callersRecords) throw;
         group_.lost = fmt::format(
             "A retaguarda não guardou os últimos {} registos gravados, nem nada do que se "
             "seguiu: {}",

@@ -127,6 +127,10 @@ private:
     void OpenGroup();
     // A record of the group was saved: commits when the group is due.
     void RecordSaved();
+    // Commits the open group, if any. When the commit fails and the group held more than the
+    // `callersRecords` records of the caller itself, what it lost is kept as the reason to
+    // refuse every later write.
+    void CommitOpenGroup(int callersRecords);
     // Fails when an earlier group could not be committed.
     void RefuseAfterLostGroup() const;
     // The prepared statement kept for the text, taken out of the keeping; null when none is.

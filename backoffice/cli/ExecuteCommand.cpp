@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -83,6 +84,17 @@ void RequireUsableLogFolder(const BackOffice& office) {
 constexpr int kRecordsPerCommit = 500;
 constexpr int kMillisecondsPerCommit = 200;
 
+// The records per commit in force: $KITRA_HOST_RECORDS_PER_COMMIT when it holds a whole number
+// from 1 (every record committed at once, as the services do outside a run) up, else the above.
+int RecordsPerCommit() {
+    if (const char* text = std::getenv("KITRA_HOST_RECORDS_PER_COMMIT"); text != nullptr && *text) {
+        char* end = nullptr;
+        const long value = std::strtol(text, &end, 10);
+        if (end != nullptr && *end == '\0' && value >= 1 && value <= 1000000) return static_cast<int>(value);
+    }
+    return kRecordsPerCommit;
+}
+
 int RunExecute(CommandContext& context) {
     ProgressDetail detail = ProgressDetail::Normal;
     const bool quiet = context.TakeFlag("--quiet");
@@ -120,7 +132,7 @@ int RunExecute(CommandContext& context) {
         // The run's records are committed in groups: a commit per record is most of what saving
         // a small record costs. Another program that writes to the back office meanwhile waits
         // at most about the group's time.
-        GroupedCommits grouped(office.GetDatabase(), kRecordsPerCommit, kMillisecondsPerCommit);
+        GroupedCommits grouped(office.GetDatabase(), RecordsPerCommit(), kMillisecondsPerCommit);
         session.Connector().Execute();
         grouped.End();
     }

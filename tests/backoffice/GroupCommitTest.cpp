@@ -125,6 +125,22 @@ TEST_F(GroupCommit, AGroupThatCannotBeCommittedSaysSoAndNothingIsWrittenAfterIt)
     EXPECT_EQ(CommittedChildren(), 0);
 }
 
+TEST_F(GroupCommit, AGroupOfOnlyTheFailingRecordFailsAsWithoutAGroup) {
+    GroupedCommits grouped(Db(), 1, 60000);
+    SaveRecord(1);
+    try {
+        SaveRecord(2, 99);
+        ADD_FAILURE() << "the record's commit should have failed";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.Description().find("não guardou"), std::string::npos) << error.Description();
+        EXPECT_NE(error.Description().find("FOREIGN KEY"), std::string::npos) << error.Description();
+    }
+    // Nothing else was lost, so later records go in.
+    SaveRecord(3);
+    grouped.End();
+    EXPECT_EQ(CommittedChildren(), 2);
+}
+
 TEST_F(GroupCommit, WithoutAGroupEveryRecordIsCommittedAtOnce) {
     SaveRecord(1);
     EXPECT_EQ(CommittedChildren(), 1);
