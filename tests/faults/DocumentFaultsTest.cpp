@@ -1,5 +1,5 @@
 // The restaurant server failing inside a document: killed while a document's lines are being
-// fetched, frozen while its payments are. The document being built is never saved, so the back
+// fetched, frozen while its payments are, and killed while the lines are being read ahead. The document being built is never saved, so the back
 // office holds no half document (a header without its lines, lines without their payments);
 // the documents saved before it are whole; and once the dates are rewound, the next run imports
 // every document whole.
@@ -33,11 +33,6 @@ protected:
     void JoinStriker() {
         if (striker_.joinable()) striker_.join();
     }
-    void TearDown() override {
-        JoinStriker();
-        FaultRunTest::TearDown();
-    }
-
     // What the faulted run must leave: Centro's documents importer ended at the document it
     // was building, every document saved before it is whole, nothing of it is there, the two
     // importers after it found no server; Praia imported whole; the dates moved, as they do
@@ -78,10 +73,19 @@ protected:
         StoreSettings(true);
         StrikeInsideADocument(table, strike);
         ::setenv("KITRA_COMMAND_TIMEOUT", commandTimeout, 1);
+        // The fifth document's own statement is the one that meets the fault: read where it is
+        // needed, not ahead (reading ahead meets it in the test below).
+        ::setenv("KITRA_READ_AHEAD_CONNECTIONS", "0", 1);
         const HostRun run = Execute();
         JoinStriker();
         ExpectNoHalfDocument(run);
         ExpectTheNextRunImportsEveryDocumentWhole();
+    }
+
+    void TearDown() override {
+        ::unsetenv("KITRA_READ_AHEAD_CONNECTIONS");
+        JoinStriker();
+        FaultRunTest::TearDown();
     }
 
     bool centrosTurn_ = true;
@@ -92,6 +96,37 @@ protected:
 TEST_F(DocumentFaultsTest, ServerKilledWhileADocumentsLinesAreFetched) {
     // The lines' statement waits for the lock far longer than the striker needs to see it.
     RunStrikingInsideADocument("transactionsdetails", &FaultServer::Kill, "30");
+}
+
+TEST_F(DocumentFaultsTest, ServerKilledWhileTheLinesAreReadAhead) {
+    // Centro's lines are locked before its documents importer starts: the first lines statement
+    // read ahead waits on the lock, and the server is killed then. The importer meets the lost
+    // link at its first document, so none of Centro's documents is there, and nothing of one.
+    StoreSettings(true);
+    RestoreServerBeforePraia([this](const std::string& line) {
+        if (line == "A integrar Restaurante: Praia") centrosTurn_ = false;
+        if (!centrosTurn_ || line != "A importar Transacções" || striker_.joinable()) return;
+        server.HoldTableLock(centroDatabase->Name(), "transactionsdetails");
+        striker_ = std::thread([this] {
+            if (server.WaitForStatementOnLock("transactionsdetails")) server.Kill();
+        });
+    });
+    ::setenv("KITRA_COMMAND_TIMEOUT", "30", 1);
+    const HostRun run = Execute();
+    JoinStriker();
+    server.ReleaseLock();
+
+    EXPECT_EQ(run.exit, 3) << run.out << run.err;
+    EXPECT_TRUE(ErrorLineOf(run, "Centro").starts_with(kDocumentError)) << run.err;
+    EXPECT_EQ(ErrorLineOf(run, "Praia"), "") << run.err;
+    EXPECT_EQ(IntegrityCheck(), "ok");
+    const std::string log = LogOf("Centro");
+    EXPECT_EQ(Occurrences(log, kDocumentError), 1u) << log;
+    EXPECT_NE(log.find("Lost connection"), std::string::npos) << log;
+    EXPECT_TRUE(DocumentsOf(Data(), "CEN").empty());
+    EXPECT_EQ(Orphans(), 0);
+    EXPECT_EQ(DocumentsOf(Data(), "PRA"), ReferenceDocuments("PRA"));
+    ExpectTheNextRunImportsEveryDocumentWhole();
 }
 
 TEST_F(DocumentFaultsTest, ServerFrozenWhileADocumentsPaymentsAreFetched) {
