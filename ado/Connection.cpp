@@ -10,6 +10,7 @@
 
 #include "ado/Odbc.h"
 #include "ado/ReadAhead.h"
+#include "core/Environment.h"
 #include "core/Error.h"
 #include "core/Text.h"
 
@@ -52,13 +53,9 @@ Error NegativeTimeout() {
 }
 
 // A time-out's starting value: `standard` (ADO's), unless the environment variable holds a
-// whole number of seconds (0 or more).
+// whole number of seconds (0 or more, a day at the most).
 long TimeoutFromEnvironment(const char* variable, long standard) {
-    const char* text = std::getenv(variable);
-    if (text == nullptr || *text == '\0') return standard;
-    char* end = nullptr;
-    const long seconds = std::strtol(text, &end, 10);
-    return *end == '\0' && seconds >= 0 && seconds <= 86400 ? seconds : standard;
+    return WholeNumberFromEnvironment(variable, standard, 0, 86400);
 }
 
 }  // namespace

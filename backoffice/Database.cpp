@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 #include "core/DateTime.h"
+#include "core/Environment.h"
 
 namespace kitra::backoffice {
 namespace {
@@ -55,13 +56,8 @@ bool IsDiskFull(int sqliteCode) { return (sqliteCode & 0xff) == SQLITE_FULL; }
 }  // namespace
 
 int BusyTimeoutMilliseconds() {
-    if (const char* text = std::getenv("KITRA_HOST_BUSY_TIMEOUT_MS"); text != nullptr && *text) {
-        char* end = nullptr;
-        const long value = std::strtol(text, &end, 10);
-        if (end != nullptr && *end == '\0' && value >= 0 && value <= INT_MAX)
-            return static_cast<int>(value);
-    }
-    return kBusyTimeoutMilliseconds;
+    return static_cast<int>(
+        WholeNumberFromEnvironment("KITRA_HOST_BUSY_TIMEOUT_MS", kBusyTimeoutMilliseconds, 0, INT_MAX));
 }
 
 bool IsLockedByAnother(int sqliteCode) {

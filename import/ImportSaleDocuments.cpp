@@ -2,8 +2,7 @@
 // since its last transactions import, into host documents (invoices, credit sales, stock
 // documents) with their lines and payments. A header whose type is not mapped in the settings is
 // left out with one log line; a refunded header is saved and then refunded.
-#include <cstdlib>
-
+#include "core/Environment.h"
 #include "core/Numbers.h"
 #include "import/DocumentImport.h"
 #include "import/Importers.h"
@@ -27,12 +26,8 @@ constexpr std::size_t kReadAheadConnections = 2;
 constexpr std::size_t kReadAheadWindow = 64;
 
 std::size_t ReadAheadConnections() {
-    if (const char* text = std::getenv("KITRA_READ_AHEAD_CONNECTIONS"); text != nullptr && *text) {
-        char* end = nullptr;
-        const unsigned long value = std::strtoul(text, &end, 10);
-        if (end != nullptr && *end == '\0' && value <= 16) return value;
-    }
-    return kReadAheadConnections;
+    return static_cast<std::size_t>(
+        WholeNumberFromEnvironment("KITRA_READ_AHEAD_CONNECTIONS", kReadAheadConnections, 0, 16));
 }
 
 // Ends the reading ahead however the importer ends: the workers stop with it.

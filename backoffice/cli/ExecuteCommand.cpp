@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -20,6 +19,7 @@
 #include "backoffice/cli/ConnectorSession.h"
 #include "core/Clock.h"
 #include "core/DateTime.h"
+#include "core/Environment.h"
 #include "core/Error.h"
 
 namespace kitra::backoffice::cli {
@@ -87,12 +87,8 @@ constexpr int kMillisecondsPerCommit = 200;
 // The records per commit in force: $KITRA_HOST_RECORDS_PER_COMMIT when it holds a whole number
 // from 1 (every record committed at once, as the services do outside a run) up, else the above.
 int RecordsPerCommit() {
-    if (const char* text = std::getenv("KITRA_HOST_RECORDS_PER_COMMIT"); text != nullptr && *text) {
-        char* end = nullptr;
-        const long value = std::strtol(text, &end, 10);
-        if (end != nullptr && *end == '\0' && value >= 1 && value <= 1000000) return static_cast<int>(value);
-    }
-    return kRecordsPerCommit;
+    return static_cast<int>(
+        WholeNumberFromEnvironment("KITRA_HOST_RECORDS_PER_COMMIT", kRecordsPerCommit, 1, 1000000));
 }
 
 int RunExecute(CommandContext& context) {
