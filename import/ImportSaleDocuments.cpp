@@ -30,6 +30,12 @@ std::size_t ReadAheadConnections() {
         WholeNumberFromEnvironment("KITRA_READ_AHEAD_CONNECTIONS", kReadAheadConnections, 0, 16));
 }
 
+// A header's restaurant document type, read through the host's number parser as the row reads
+// it.
+std::int32_t DocumentTypeOf(const host::HostServices& services, const Variant& documentTypeUid) {
+    return RoundToInt32(services.utility->ParseNumber(documentTypeUid.ToText(), ','));
+}
+
 // Ends the reading ahead however the importer ends: the workers stop with it.
 class ReadAheadScope {
 public:
@@ -77,7 +83,7 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
             if (!IsWholeHeaderUid(uid)) continue;
             std::int32_t type = 0;
             try {
-                type = RoundToInt32(services.utility->ParseNumber(headers["DocumentTypeUID"].ToText(), ','));
+                type = DocumentTypeOf(services, headers["DocumentTypeUID"]);
             } catch (const std::exception&) {
                 continue;  // the row itself fails on it, and the import ends there
             }
@@ -116,8 +122,7 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
             const std::int32_t salesman = KnownSalesmanCode(services, row["SalesmanID"]);
 
             row.Step("docType");
-            const std::int32_t documentType =
-                RoundToInt32(services.utility->ParseNumber(row["DocumentTypeUID"].ToText(), ','));
+            const std::int32_t documentType = DocumentTypeOf(services, row["DocumentTypeUID"]);
             row.Step("docDate");
             const DateTime documentDate = row["CreateDate"].ToDate();
             row.Step("refundDoc");

@@ -66,23 +66,22 @@ FetchResult MeasureFetchFloor(const FetchFloorOptions& options) {
     namespace r = kitra::restaurant;
     const auto importer = [&](const std::string& kind, const std::string& statement) {
         connection.Open();
-        ado::Recordset rows = timer.Fetch(kind, statement, connection);
-        return rows;
+        timer.Fetch(kind, statement, connection);
+        connection.Close();
     };
     const std::string& entities = options.entityImportDate;
     const std::string& transactions = options.transactionImportDate;
     importer("Vendedores", r::SalesmenStatement(entities));
-    connection.Close();
     importer("Clientes", r::CustomersStatement(entities));
-    connection.Close();
     importer("Famílias", r::FamiliesStatement(entities));
-    connection.Close();
     importer("SubFamílias", r::SubfamiliesStatement(entities));
-    connection.Close();
     importer("Artigos", r::ItemsStatement(entities));
-    connection.Close();
 
-    ado::Recordset headers = importer("Transacções", r::SaleDocumentsStatement(transactions));
+    // The documents' importer issues the lines and payments of each mapped header on the same
+    // connection, one after another.
+    connection.Open();
+    ado::Recordset headers =
+        timer.Fetch("Transacções", r::SaleDocumentsStatement(transactions), connection);
     for (; !headers.Eof(); headers.MoveNext()) {
         const std::int32_t type = headers["DocumentTypeUID"].ToInt32();
         if (std::find(options.mappedDocumentTypes.begin(), options.mappedDocumentTypes.end(),
@@ -96,9 +95,7 @@ FetchResult MeasureFetchFloor(const FetchFloorOptions& options) {
     connection.Close();
 
     importer("Movimentos Caixa", r::CashMovementsStatement(transactions));
-    connection.Close();
     importer("Recibos", r::ReceiptsStatement(transactions));
-    connection.Close();
 
     result.seconds = std::chrono::duration<double>(SteadyClock::now() - started).count();
     return result;
