@@ -192,11 +192,15 @@ auto Connection::OnLink(Call&& call) -> decltype(call()) {
     try {
         return call();
     } catch (const odbc::LinkFailure&) {
-        // Nothing more can go over this link; closed, the connection can be opened again.
-        readAhead_.reset();
-        handles_.reset();
+        LoseLink();
         throw;
     }
+}
+
+void Connection::LoseLink() {
+    // Nothing more can go over this link; closed, the connection can be opened again.
+    readAhead_.reset();
+    handles_.reset();
 }
 
 odbc::ResultRows Connection::ReadAll(const std::string& statement) {
@@ -205,11 +209,8 @@ odbc::ResultRows Connection::ReadAll(const std::string& statement) {
         if (std::optional<ReadAheadRunner::Outcome> outcome = readAhead_->Take(statement)) {
             if (outcome->error) {
                 // The server is out of reach for this connection as much as for the one that
-                // ran the statement: closed, it can be opened again.
-                if (outcome->linkLost) {
-                    readAhead_.reset();
-                    handles_.reset();
-                }
+                // ran the statement.
+                if (outcome->linkLost) LoseLink();
                 std::rethrow_exception(outcome->error);
             }
             return std::move(outcome->rows);

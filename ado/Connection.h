@@ -106,6 +106,8 @@ private:
     // error goes on.
     template <class Call>
     auto OnLink(Call&& call) -> decltype(call());
+    // Closes after the link to the server was lost (the reading ahead with it).
+    void LoseLink();
     // Runs the statement and reads its whole result (for Recordset::Open).
     odbc::ResultRows ReadAll(const std::string& statement);
 
