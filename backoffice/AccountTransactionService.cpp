@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "backoffice/DocumentCalculation.h"
 #include "backoffice/DocumentStore.h"
 #include "backoffice/Money.h"
 #include "core/Numbers.h"
@@ -128,10 +129,7 @@ void AccountTransactionBusiness::WorkstationStamp(std::int16_t workstationID, co
 }
 
 host::TransactionPayment AccountTransactionBusiness::NewPayment(std::int16_t tenderID) const {
-    host::TransactionPayment payment;
-    payment.LineNumber = static_cast<std::int32_t>(transaction_.Payments.size()) + 1;
-    payment.TenderID = tenderID;
-    return payment;
+    return NextPayment(transaction_.Payments, tenderID);
 }
 
 void AccountTransactionBusiness::AppendPayment(const host::TransactionPayment& payment) {

@@ -12,6 +12,14 @@ bool IsCashDocument(host::DocumentKind kind) {
            kind == host::DocumentKind::CustomerPaymentOnAccount;
 }
 
+host::TransactionPayment NextPayment(const std::vector<host::TransactionPayment>& payments,
+                                     std::int16_t tenderID) {
+    host::TransactionPayment payment;
+    payment.LineNumber = static_cast<std::int32_t>(payments.size()) + 1;
+    payment.TenderID = tenderID;
+    return payment;
+}
+
 void CalculateLine(host::TransactionLine& line, bool pricesIncludeTax, double rate) {
     line.TaxRate = rate;
     line.GrossValue = RoundMoney(line.Quantity * line.UnitPrice);

@@ -12,6 +12,7 @@
 // outside the VAT summary, and Total = lines' total + adjustment. A cash document is worth the
 // sum of its payments.
 #include <functional>
+#include <vector>
 
 #include "host/ITransactionService.h"
 
@@ -25,6 +26,10 @@ using RateOfGroup = std::function<double(std::int16_t taxableGroupID)>;
 bool IsCashDocument(host::DocumentKind kind);
 
 void CalculateLine(host::TransactionLine& line, bool pricesIncludeTax, double rate);
+
+// A new payment of the tender, numbered after the last of the payments so far.
+host::TransactionPayment NextPayment(const std::vector<host::TransactionPayment>& payments,
+                                     std::int16_t tenderID);
 
 // Lines' total, VAT summary, totals and the paid amount of the transaction. The lines must have
 // been calculated.

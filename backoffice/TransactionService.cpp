@@ -91,10 +91,7 @@ void TransactionBusiness::AppendLine(const host::TransactionLine& line) {
 }
 
 host::TransactionPayment TransactionBusiness::NewPayment(std::int16_t tenderID) const {
-    host::TransactionPayment payment;
-    payment.LineNumber = static_cast<std::int32_t>(transaction_.Payments.size()) + 1;
-    payment.TenderID = tenderID;
-    return payment;
+    return NextPayment(transaction_.Payments, tenderID);
 }
 
 void TransactionBusiness::AppendPayment(const host::TransactionPayment& payment) {
