@@ -20,20 +20,50 @@ void CheckReceiptType(const Database& database, const std::string& documentTypeI
     }
 }
 
-// The customer's open debit entries, oldest first. What the receipt saved under `receiptKey`
-// settled counts as open: saving the receipt again replaces it.
+// Narrows the customer's open entries to the one of a document or of an entry number. Each is
+// found through its own key, never by walking the customer's entries (thousands, for a customer
+// who buys on credit every day); there is one entry at most, so nothing to order.
+struct OneEntry {
+    std::string_view indexedBy;  // the index that finds it, or empty for the table's own key
+    std::string_view condition;
+    std::vector<Variant> values;
+};
+
+OneEntry OfDocument(const std::string& documentTypeID, const std::string& seriesID,
+                    std::int32_t documentNumber) {
+    // The codes compare without letter case, as the columns do.
+    return {"INDEXED BY account_entries_by_document ",
+            " AND e.DocumentTypeID = ? AND e.SeriesID = ? AND e.DocumentNumber = ?",
+            {Variant(documentTypeID), Variant(seriesID), Variant(documentNumber)}};
+}
+
+OneEntry WithEntryID(std::int32_t entryID) { return {"", " AND e.EntryID = ?", {Variant(entryID)}}; }
+
+// The customer's open debit entries, oldest first, or only the `one`. What the receipt saved
+// under `receiptKey` settled counts as open: saving the receipt again replaces it.
 std::vector<host::LedgerEntry> OpenEntries(const Database& database, std::int32_t customer,
-                                           std::int32_t receiptKey) {
+                                           std::int32_t receiptKey,
+                                           const std::optional<OneEntry>& one = {}) {
     // A receipt settles an entry at most once (one settlement row per receipt and entry), so
     // what it settled is one row found by key, not a sum.
-    Statement open(database,
-                   "SELECT e.EntryID, e.DocumentTypeID, e.SeriesID, e.DocumentNumber, "
-                   "e.DocumentDate, e.Amount, e.OpenAmount + COALESCE(s.Amount, 0) AS Open "
-                   "FROM account_entries e LEFT JOIN account_settlements s ON s.ReceiptKey = ? "
-                   "AND s.EntryID = e.EntryID JOIN documents d ON d.DocumentKey = e.DocumentKey "
-                   "WHERE e.EntryType = 'D' AND e.CustomerID = ? AND d.State = 0 "
-                   "AND e.OpenAmount + COALESCE(s.Amount, 0) >= ? ORDER BY e.DocumentDate, e.EntryID");
-    open.Bind({Variant(receiptKey), Variant(customer), Variant(kNoAmount)});
+    std::string sql =
+        "SELECT e.EntryID, e.DocumentTypeID, e.SeriesID, e.DocumentNumber, "
+        "e.DocumentDate, e.Amount, e.OpenAmount + COALESCE(s.Amount, 0) AS Open "
+        "FROM account_entries e ";
+    if (one) sql += one->indexedBy;
+    sql += "LEFT JOIN account_settlements s ON s.ReceiptKey = ? "
+           "AND s.EntryID = e.EntryID JOIN documents d ON d.DocumentKey = e.DocumentKey "
+           "WHERE e.EntryType = 'D' AND e.CustomerID = ? AND d.State = 0 "
+           "AND e.OpenAmount + COALESCE(s.Amount, 0) >= ?";
+    std::vector<Variant> values{Variant(receiptKey), Variant(customer), Variant(kNoAmount)};
+    if (one) {
+        sql += one->condition;
+        values.insert(values.end(), one->values.begin(), one->values.end());
+    } else {
+        sql += " ORDER BY e.DocumentDate, e.EntryID";
+    }
+    Statement open(database, sql);
+    open.Bind(values);
     std::vector<host::LedgerEntry> entries;
     while (open.Step()) {
         host::LedgerEntry entry;
@@ -112,8 +142,23 @@ void AccountTransactionBusiness::InitNewTransaction(const std::string& documentT
 }
 
 host::LedgerAccounts AccountTransactionBusiness::LedgerAccountList() const {
-    return host::LedgerAccounts(OpenEntries(database_, RoundToInt32(transaction_.CustomerID),
-                                            ReceiptKeyOf(database_, transaction_)));
+    // Each receipt of a run asks for its customer's list, and one customer (the unknown
+    // customer, say) may gather thousands of open entries: the list reads only the entries it
+    // is searched for, so a receipt costs the same however long the ledger has grown.
+    const Database& database = database_;
+    const std::int32_t customer = RoundToInt32(transaction_.CustomerID);
+    const std::int32_t receiptKey = ReceiptKeyOf(database_, transaction_);
+    return host::LedgerAccounts(
+        [&database, customer, receiptKey](const std::string& documentTypeID,
+                                          const std::string& seriesID,
+                                          std::int32_t documentNumber) -> std::optional<host::LedgerEntry> {
+            std::vector<host::LedgerEntry> entries =
+                OpenEntries(database, customer, receiptKey,
+                            OfDocument(documentTypeID, seriesID, documentNumber));
+            if (entries.empty()) return std::nullopt;
+            return std::move(entries.front());
+        },
+        [&database, customer, receiptKey] { return OpenEntries(database, customer, receiptKey); });
 }
 
 void AccountTransactionBusiness::AddAccountLine(const host::LedgerEntry& entry, double invoiceValue) {
@@ -187,14 +232,12 @@ void AccountTransactionService::Save(host::AccountTransaction& t) {
     }
 
     // Settle at most what is open now, whatever the lines were built from.
-    const std::vector<host::LedgerEntry> open = OpenEntries(database_, RoundToInt32(t.CustomerID), 0);
     std::vector<host::AccountLine> lines;
     for (const host::AccountLine& line : t.Lines) {
-        const auto now = std::find_if(open.begin(), open.end(), [&](const host::LedgerEntry& e) {
-            return e.EntryID == line.Entry.EntryID;
-        });
-        if (now == open.end()) continue;  // settled meanwhile, or not this customer's
-        lines.push_back({*now, 0, line.InvoiceValue});
+        std::vector<host::LedgerEntry> now = OpenEntries(
+            database_, RoundToInt32(t.CustomerID), 0, WithEntryID(line.Entry.EntryID));
+        if (now.empty()) continue;  // settled meanwhile, or not this customer's
+        lines.push_back({std::move(now.front()), 0, line.InvoiceValue});
     }
     t.Lines = std::move(lines);
     ApplyReceipt(t);

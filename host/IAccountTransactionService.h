@@ -4,6 +4,8 @@
 // customer's list of open ledger entries; the data service saves the receipt and reduces the
 // open amount of exactly the entries it settles, in one database transaction.
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,19 +30,34 @@ struct LedgerEntry {
     bool operator==(const LedgerEntry&) const = default;
 };
 
-// The customer's open entries, in the order they fall due (oldest first).
+// The customer's open entries, in the order they fall due (oldest first). A host hands over
+// either the whole list or a way to find one entry of it by its document, which it then reads
+// when searched: a customer with years of unpaid credit sales has thousands of open entries,
+// and a receipt needs only the few it pays. Either way the list is meant to be searched before
+// anything more is saved.
 class LedgerAccounts {
 public:
+    // The open entry of that document, if the customer has one.
+    using Lookup = std::function<std::optional<LedgerEntry>(
+        const std::string& documentTypeID, const std::string& seriesID, std::int32_t documentNumber)>;
+    // Every open entry, oldest first.
+    using Reader = std::function<std::vector<LedgerEntry>()>;
+
     LedgerAccounts() = default;
     explicit LedgerAccounts(std::vector<LedgerEntry> entries) : entries_(std::move(entries)) {}
+    LedgerAccounts(Lookup lookup, Reader reader)
+        : lookup_(std::move(lookup)), reader_(std::move(reader)) {}
 
     // The entry of that document, or null when the customer has no such open entry.
     const LedgerEntry* Find(const std::string& documentTypeID, const std::string& seriesID,
                             std::int32_t documentNumber) const;
-    const std::vector<LedgerEntry>& Entries() const { return entries_; }
+    const std::vector<LedgerEntry>& Entries() const;
 
 private:
-    std::vector<LedgerEntry> entries_;
+    mutable std::optional<std::vector<LedgerEntry>> entries_;
+    mutable std::deque<LedgerEntry> found_;  // what Find looked up; a deque keeps their addresses
+    Lookup lookup_;
+    Reader reader_;
 };
 
 // One entry the receipt settles.
@@ -108,10 +125,20 @@ public:
     virtual void Save(AccountTransaction& transaction) = 0;
 };
 
+inline const std::vector<LedgerEntry>& LedgerAccounts::Entries() const {
+    if (!entries_) entries_ = reader_ ? reader_() : std::vector<LedgerEntry>{};
+    return *entries_;
+}
+
 inline const LedgerEntry* LedgerAccounts::Find(const std::string& documentTypeID,
                                                   const std::string& seriesID,
                                                   std::int32_t documentNumber) const {
-    for (const LedgerEntry& entry : entries_) {
+    if (!entries_ && lookup_) {
+        std::optional<LedgerEntry> entry = lookup_(documentTypeID, seriesID, documentNumber);
+        if (!entry) return nullptr;
+        return &found_.emplace_back(std::move(*entry));
+    }
+    for (const LedgerEntry& entry : Entries()) {
         // Codes compare as the host's keys do, without regard to letter case.
         if (entry.DocumentNumber == documentNumber &&
             EqualsNoCase(entry.DocumentTypeID, documentTypeID) &&

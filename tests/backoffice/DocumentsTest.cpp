@@ -486,6 +486,44 @@ TEST_F(Receipts, TheLedgerListsTheCustomersOpenCreditSalesOnly) {
     EXPECT_TRUE(receipt->LedgerAccountList().Entries().empty());
 }
 
+TEST_F(Receipts, SearchingTheLedgerFindsWhatTheWholeListHolds) {
+    CreditSale(1);
+    CreditSale(2);
+    CreditSale(3);
+    office->transactions.Refund(office->transactions.Find("FAC", "EXT", 2)->Document);
+    office->accountTransactions.Save(NewReceipt(9, 3));  // settles FAC 1 in full
+    // Searched before the whole list is read, each search reads one entry; it must find exactly
+    // what the whole list holds.
+    auto receipt = office->accountTransactions.NewAccountTransactionBusiness();
+    receipt->InitNewTransaction("PCL", "EXT");
+    receipt->Current().CustomerID = 7;
+    const LedgerAccounts searched = receipt->LedgerAccountList();
+    const LedgerAccounts whole = receipt->LedgerAccountList();
+    ASSERT_EQ(whole.Entries().size(), 1u);
+    const LedgerEntry* open = searched.Find("fac", "ext", 3);  // codes compare without letter case
+    ASSERT_NE(open, nullptr);
+    EXPECT_EQ(*open, whole.Entries()[0]);
+    EXPECT_DOUBLE_EQ(open->OpenAmount, 3);
+    EXPECT_EQ(searched.Find("FAC", "EXT", 1), nullptr);  // paid in full
+    EXPECT_EQ(searched.Find("FAC", "EXT", 2), nullptr);  // voided
+    EXPECT_EQ(searched.Find("FAC", "EXT", 4), nullptr);  // no such document
+    EXPECT_EQ(searched.Find("VB", "EXT", 3), nullptr);   // another type
+    // What a search found stays where it is while the list is searched again.
+    ASSERT_NE(searched.Find("FAC", "EXT", 3), nullptr);
+    EXPECT_EQ(open->DocumentNumber, 3);
+    EXPECT_DOUBLE_EQ(open->OpenAmount, 3);
+    // Another customer's search finds none of customer 7's entries.
+    receipt->Current().CustomerID = 8;
+    EXPECT_EQ(receipt->LedgerAccountList().Find("FAC", "EXT", 3), nullptr);
+    // The receipt being saved again sees what it settled as open.
+    receipt->Current().CustomerID = 7;
+    receipt->Current().DocumentNumber = 9;
+    const LedgerAccounts replacing = receipt->LedgerAccountList();
+    const LedgerEntry* again = replacing.Find("FAC", "EXT", 1);
+    ASSERT_NE(again, nullptr);
+    EXPECT_DOUBLE_EQ(again->OpenAmount, 3);
+}
+
 TEST_F(Receipts, SavingSettlesAndASecondReceiptFindsNothingOpen) {
     CreditSale(1);
     AccountTransaction& first = NewReceipt(1, 3);
