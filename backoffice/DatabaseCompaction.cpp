@@ -20,7 +20,16 @@ void DatabaseCompaction::CompactDatabase() {
     const int pages = PragmaValue(database_, "PRAGMA page_count");
     const int free = PragmaValue(database_, "PRAGMA freelist_count");
     if (pages > 0 && free >= kFreeShareWorthReclaiming * pages) {
-        database_.Exec("VACUUM");
+        // VACUUM builds the new file as temporary data: on disk, not in memory, however large
+        // the back office is.
+        database_.Exec("PRAGMA temp_store=FILE");
+        try {
+            database_.Exec("VACUUM");
+        } catch (...) {
+            database_.Exec("PRAGMA temp_store=MEMORY");
+            throw;
+        }
+        database_.Exec("PRAGMA temp_store=MEMORY");
         database_.Exec("PRAGMA wal_checkpoint(TRUNCATE)");
     }
 }
