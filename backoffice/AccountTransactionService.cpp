@@ -144,21 +144,22 @@ void AccountTransactionBusiness::InitNewTransaction(const std::string& documentT
 host::LedgerAccounts AccountTransactionBusiness::LedgerAccountList() const {
     // Each receipt of a run asks for its customer's list, and one customer (the unknown
     // customer, say) may gather thousands of open entries: the list reads only the entries it
-    // is searched for, so a receipt costs the same however long the ledger has grown.
-    const Database& database = database_;
+    // is searched for, so a receipt costs the same however long the ledger has grown. The list
+    // lives no longer than this business object, nor this object than its database.
+    const Database* database = &database_;
     const std::int32_t customer = RoundToInt32(transaction_.CustomerID);
     const std::int32_t receiptKey = ReceiptKeyOf(database_, transaction_);
     return host::LedgerAccounts(
-        [&database, customer, receiptKey](const std::string& documentTypeID,
-                                          const std::string& seriesID,
-                                          std::int32_t documentNumber) -> std::optional<host::LedgerEntry> {
+        [database, customer, receiptKey](const std::string& documentTypeID,
+                                         const std::string& seriesID,
+                                         std::int32_t documentNumber) -> std::optional<host::LedgerEntry> {
             std::vector<host::LedgerEntry> entries =
-                OpenEntries(database, customer, receiptKey,
+                OpenEntries(*database, customer, receiptKey,
                             OfDocument(documentTypeID, seriesID, documentNumber));
             if (entries.empty()) return std::nullopt;
             return std::move(entries.front());
         },
-        [&database, customer, receiptKey] { return OpenEntries(database, customer, receiptKey); });
+        [database, customer, receiptKey] { return OpenEntries(*database, customer, receiptKey); });
 }
 
 void AccountTransactionBusiness::AddAccountLine(const host::LedgerEntry& entry, double invoiceValue) {

@@ -101,7 +101,8 @@ public:
 
     // The open entries of the transaction's customer. A receipt saved before under the same
     // type, series and number is counted as not there: what it settled is open again here,
-    // because saving this receipt replaces it.
+    // because saving this receipt replaces it. The list may read the ledger when it is
+    // searched, so it must not outlive this business object.
     virtual LedgerAccounts LedgerAccountList() const = 0;
     // Settles the entry with this receipt; an entry already among the lines is not added again.
     virtual void AddAccountLine(const LedgerEntry& entry, double invoiceValue) = 0;
