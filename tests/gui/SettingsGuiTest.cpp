@@ -495,6 +495,40 @@ private slots:
         for (DropDownListCell* open : OpenCells(grid)) QVERIFY(!open->DroppedDown());
     }
 
+    void altDownAndSpaceAlsoDropTheHostsListDown() {
+        frmSettings dialog(Services());
+        dialog.Open(Setting(kValidXml));
+        dialog.show();
+        auto& grid = Child<QTableWidget>(dialog, "vsfTaxableGroups");
+        grid.setFocus();
+        grid.setCurrentCell(0, frmSettings::kHostCode);
+        const QRect cell = grid.visualItemRect(grid.item(0, frmSettings::kHostCode));
+        QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, QPoint(cell.right() - 2, cell.center().y()));
+        QTRY_VERIFY(!OpenCells(grid).empty() && OpenCell(grid).DroppedDown());
+        QTest::keyClick(&OpenList(grid), Qt::Key_Escape);
+        auto& editor = OpenCell(grid);
+        QVERIFY(!editor.DroppedDown());
+
+        // Down without Alt leaves the list closed; Alt+Down opens it.
+        QTest::keyClick(&editor, Qt::Key_Down);
+        QVERIFY(!editor.DroppedDown());
+        QTest::keyClick(&editor, Qt::Key_Down, Qt::AltModifier);
+        QVERIFY(editor.DroppedDown());
+        QTest::keyClick(&OpenList(grid), Qt::Key_Escape);
+        QVERIFY(!editor.DroppedDown());
+
+        // Space opens it too, and a pick from it fills the row.
+        QTest::keyClick(&editor, Qt::Key_Space);
+        QVERIFY(editor.DroppedDown());
+        QTableWidget& list = OpenList(grid);
+        QTest::keyClick(&list, Qt::Key_Down);
+        QTest::keyClick(&list, Qt::Key_Return);
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(grid.item(0, frmSettings::kHostCode)->text(), QStringLiteral("2"));
+        QVERIFY(OpenCells(grid).empty());  // the edit ended
+    }
+
     void pickingATaxableGroupInItsListFillsTheRow() {
         frmSettings dialog(Services());
         dialog.Open(Setting(kValidXml));
