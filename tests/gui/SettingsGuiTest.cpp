@@ -132,6 +132,16 @@ void PickInGrid(QTableWidget& grid, int row, const QString& code) {
     QCoreApplication::processEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
+// Drops the open cell's list down with a key, then picks the entry below the cell's own with Down
+// and Enter, as a user at the keyboard does.
+void PickTheNextEntryWithKeys(QTableWidget& grid, Qt::Key opener) {
+    QTest::keyClick(&OpenCell(grid), opener);
+    QTableWidget& list = OpenList(grid);
+    QTest::keyClick(&list, Qt::Key_Down);
+    QTest::keyClick(&list, Qt::Key_Return);
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
 // A combo's drop-down columns as their widths in pixels; a hidden column counts 0.
 std::vector<int> ColumnWidths(QComboBox& combo) {
     auto* view = qobject_cast<QTableView*>(combo.view());
@@ -475,13 +485,7 @@ private slots:
         QVERIFY(office->boxes.shown.empty());
 
         // From the keyboard: F4 drops the list down, Down and Enter pick the next tender.
-        auto& editor = OpenCell(grid);
-        QTest::keyClick(&editor, Qt::Key_F4);
-        QTableWidget& again = OpenList(grid);
-        QTest::keyClick(&again, Qt::Key_Down);
-        QTest::keyClick(&again, Qt::Key_Return);
-        QCoreApplication::processEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        PickTheNextEntryWithKeys(grid, Qt::Key_F4);
         QCOMPARE(grid.item(0, frmSettings::kHostCode)->text(), QStringLiteral("3"));
         QCOMPARE(grid.item(0, frmSettings::kDescription)->text(), QStringLiteral("Cartão de crédito"));
         QCOMPARE(grid.item(0, frmSettings::kRestaurantValue)->text(), QStringLiteral("MB"));
@@ -515,13 +519,7 @@ private slots:
         QVERIFY(!editor.DroppedDown());
 
         // Space opens it too, and a pick from it fills the row.
-        QTest::keyClick(&editor, Qt::Key_Space);
-        QVERIFY(editor.DroppedDown());
-        QTableWidget& list = OpenList(grid);
-        QTest::keyClick(&list, Qt::Key_Down);
-        QTest::keyClick(&list, Qt::Key_Return);
-        QCoreApplication::processEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        PickTheNextEntryWithKeys(grid, Qt::Key_Space);
         QCOMPARE(grid.item(0, frmSettings::kHostCode)->text(), QStringLiteral("2"));
         QVERIFY(OpenCells(grid).empty());  // the edit ended
     }
