@@ -135,7 +135,8 @@ int Import(const Arguments& arguments) {
     const std::string csvFile = arguments.Required("--csv");
     const int runs = RunsWanted(arguments);
 
-    std::cout << fmt::format("factor {}: importing ({} runs, the fastest kept)\n", factor, runs)
+    std::cout << (runs == 1 ? fmt::format("factor {}: importing (1 run)\n", factor)
+                            : fmt::format("factor {}: importing ({} runs, the fastest kept)\n", factor, runs))
               << std::flush;
     std::vector<double> allSeconds;
     const RunResult run = MeasureFastestRun(arguments, data, runs, allSeconds);
@@ -184,9 +185,10 @@ int Import(const Arguments& arguments) {
                                  RatePerSecond(phaseRows, phase.seconds));
         AppendCsv(csv, factor, "import: " + phase.name, phaseStatements, phaseRows, phase.seconds, 0);
     }
-    std::cout << fmt::format("  {:<24} {:>10} {:>10} {:>10.1f} {:>12}   fastest of {}; cpu {:.1f} s, peak RSS {:.0f} MB\n",
+    std::cout << fmt::format("  {:<24} {:>10} {:>10} {:>10.1f} {:>12}   {}cpu {:.1f} s, peak RSS {:.0f} MB\n",
                              "import (execute)", statements, fetchedRows, run.wallSeconds, "",
-                             allSeconds.size(), run.cpuSeconds, rss);
+                             allSeconds.size() > 1 ? fmt::format("fastest of {}; ", allSeconds.size()) : "",
+                             run.cpuSeconds, rss);
     AppendCsv(csv, factor, "import", statements, static_cast<double>(fetchedRows), run.wallSeconds, rss);
     for (std::size_t i = 0; i < allSeconds.size(); ++i) {
         AppendCsv(csv, factor, fmt::format("import run {}", i + 1), statements,
