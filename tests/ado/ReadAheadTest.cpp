@@ -13,22 +13,19 @@
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
 #include "core/Error.h"
-#include "tests/support/ScratchDatabase.h"
+#include "tests/ado/ScratchConnectionTest.h"
 
 namespace kitra::ado {
 namespace {
 
-using test::ScratchDatabase;
-
-class ReadAheadTest : public ::testing::Test {
+class ReadAheadTest : public ScratchConnectionTest {
 protected:
+    ReadAheadTest() : ScratchConnectionTest("readahead") {}
+
     void SetUp() override {
-        database.Execute("CREATE SEQUENCE runs START WITH 1 INCREMENT BY 1 NOCACHE;"
-                         "CREATE TABLE t (id INT PRIMARY KEY, name VARCHAR(20));"
-                         "INSERT INTO t VALUES (1, 'um'), (2, 'dois'), (3, 'três')");
-        connection.SetConnectionString(database.ConnectionString());
-        connection.SetCursorLocation(CursorLocationEnum::UseClient);
-        connection.Open();
+        OpenAfter("CREATE SEQUENCE runs START WITH 1 INCREMENT BY 1 NOCACHE;"
+                  "CREATE TABLE t (id INT PRIMARY KEY, name VARCHAR(20));"
+                  "INSERT INTO t VALUES (1, 'um'), (2, 'dois'), (3, 'três')");
     }
 
     // Statement number i: counts one run and returns the one row of t that i names.
@@ -48,15 +45,6 @@ protected:
     long Runs() const {
         return std::stol(database.QueryValue("SELECT next_not_cached_value FROM runs")) - 1;
     }
-
-    Recordset Select(const std::string& statement) {
-        Recordset recordset;
-        recordset.Open(statement, connection);
-        return recordset;
-    }
-
-    ScratchDatabase database{"readahead"};
-    Connection connection;
 };
 
 TEST_F(ReadAheadTest, EveryStatementRunsOnceAndGivesItsOwnRows) {
