@@ -33,6 +33,19 @@ protected:
     void SetUp() override { office_->schema.AppendTable(LogLikeTable()); }
     IHostConnection& Connection() { return office_->connection; }
     ISqlStatementBuilder& Builder() { return office_->statements; }
+
+    // That many log rows of 4,000 characters each (restaurants R0, R1, ...), in one transaction.
+    void FillTheLog(int rows) {
+        const std::string contents(4000, 'k');
+        Transaction bulk(office_->GetDatabase());
+        for (int i = 0; i < rows; ++i) {
+            Connection().Execute(Builder().Insert(
+                "Kitra2Log", {{"RestaurantID", "R" + std::to_string(i)},
+                              {"Contents", contents},
+                              {"ImportDate", "2024-01-01 10:00:00"}}));
+        }
+        bulk.Commit();
+    }
     TempBackOffice office_;
 };
 
@@ -276,17 +289,7 @@ TEST_F(DatabaseLayer, ABadDefinitionCreatesNothing) {
 // ---------------------------------------------------------------- compaction
 
 TEST_F(DatabaseLayer, CompactionShrinksTheFileAfterDeletes) {
-    const std::string contents(4000, 'k');
-    {
-        Transaction bulk(office_->GetDatabase());
-        for (int i = 0; i < 2000; ++i) {
-            Connection().Execute(Builder().Insert(
-                "Kitra2Log", {{"RestaurantID", "R" + std::to_string(i)},
-                              {"Contents", contents},
-                              {"ImportDate", "2024-01-01 10:00:00"}}));
-        }
-        bulk.Commit();
-    }
+    FillTheLog(2000);
     office_->compaction.CompactDatabase();  // everything in the file itself
     const auto full = std::filesystem::file_size(office_.File());
     ASSERT_GT(full, 8'000'000u);
@@ -307,17 +310,7 @@ TEST_F(DatabaseLayer, CompactionShrinksTheFileAfterDeletes) {
 }
 
 TEST_F(DatabaseLayer, CompactionLeavesAFileWithFewFreePagesAsItIsButEmptiesTheJournal) {
-    const std::string contents(4000, 'k');
-    {
-        Transaction bulk(office_->GetDatabase());
-        for (int i = 0; i < 500; ++i) {
-            Connection().Execute(Builder().Insert(
-                "Kitra2Log", {{"RestaurantID", "R" + std::to_string(i)},
-                              {"Contents", contents},
-                              {"ImportDate", "2024-01-01 10:00:00"}}));
-        }
-        bulk.Commit();
-    }
+    FillTheLog(500);
     office_->compaction.CompactDatabase();
     const auto full = std::filesystem::file_size(office_.File());
 
