@@ -76,6 +76,14 @@ protected:
         EXPECT_EQ(LogRows(), 0);
     }
 
+    // The run refused to start with `why` (followed by kNotStarted) on stderr, exit code 1, and
+    // nothing was imported.
+    void ExpectRefusedToStart(const HostRun& run, const std::string& why) {
+        EXPECT_EQ(run.exit, 1) << run.out;
+        EXPECT_NE(run.err.find(why + kNotStarted), std::string::npos) << run.err;
+        ExpectNothingImported();
+    }
+
     // Nothing was imported and nothing changed.
     void ExpectNothingImported() {
         EXPECT_EQ(IntegrityCheck(), "ok");
@@ -176,27 +184,17 @@ TEST_F(BackOfficeFaultsTest, ALogFolderThatIsAFileStopsTheRunBeforeItStarts) {
     StoreSettings();
     fs::remove_all(LogFolder());
     std::ofstream(LogFolder()) << "notas do administrador";
-    const HostRun run = Execute();
-    EXPECT_EQ(run.exit, 1) << run.out;
-    EXPECT_NE(run.err.find("A pasta de registos '" + LogFolder().string() +
-                           "' é um ficheiro, não uma pasta: mude-lhe o nome ou apague-o. " + kNotStarted),
-              std::string::npos)
-        << run.err;
+    ExpectRefusedToStart(Execute(), "A pasta de registos '" + LogFolder().string() +
+                                        "' é um ficheiro, não uma pasta: mude-lhe o nome ou apague-o. ");
     EXPECT_EQ(ReadWhole(LogFolder()), "notas do administrador");
-    ExpectNothingImported();
 }
 
 TEST_F(BackOfficeFaultsTest, AReadOnlyLogFolderStopsTheRunBeforeItStarts) {
     StoreSettings();
     const ScopedMount readOnly(LogFolder(), 64, true);
     if (!readOnly.Mounted()) GTEST_SKIP() << readOnly.Why();
-    const HostRun run = Execute();
-    EXPECT_EQ(run.exit, 1) << run.out;
-    EXPECT_NE(run.err.find("Não é possível escrever na pasta de registos '" + LogFolder().string() +
-                           "': Read-only file system. " + kNotStarted),
-              std::string::npos)
-        << run.err;
-    ExpectNothingImported();
+    ExpectRefusedToStart(Execute(), "Não é possível escrever na pasta de registos '" +
+                                        LogFolder().string() + "': Read-only file system. ");
 }
 
 TEST_F(BackOfficeFaultsTest, ALogFolderLostHalfWayEndsTheRunAndNoDateMoves) {
