@@ -1,5 +1,5 @@
-// Whole numbers from the environment: taken when they are whole and within range, else the
-// standard value.
+// Whole numbers from the environment or a command line: taken when they are whole and within
+// range, else the standard value or nothing.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -34,6 +34,17 @@ TEST(Environment, AnythingElseGivesTheStandardValue) {
     EXPECT_EQ(Read("1.5"), 30);
     EXPECT_EQ(Read("ten"), 30);
     EXPECT_EQ(Read("99999999999999999999999"), 30);
+}
+
+TEST(WholeNumberWithin, TakesOnlyAWholeNumberInRange) {
+    EXPECT_EQ(WholeNumberWithin("1", 1, 20), 1);
+    EXPECT_EQ(WholeNumberWithin("20", 1, 20), 20);
+    EXPECT_EQ(WholeNumberWithin("0", 1, 20), std::nullopt);
+    EXPECT_EQ(WholeNumberWithin("21", 1, 20), std::nullopt);
+    EXPECT_EQ(WholeNumberWithin("2x", 1, 20), std::nullopt);
+    EXPECT_EQ(WholeNumberWithin("x", 1, 20), std::nullopt);
+    EXPECT_EQ(WholeNumberWithin("", 1, 20), std::nullopt);
+    EXPECT_EQ(WholeNumberWithin(nullptr, 1, 20), std::nullopt);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // kitra-bench: measures one import run against its floors and keeps the figures as CSV.
 // ./kitra bench drives it; see the usage below and docs/performance.md.
-#include <cstdio>
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +17,7 @@
 #include <fmt/format.h>
 
 #include "ado/DriverRegistration.h"
+#include "core/Environment.h"
 #include "core/Error.h"
 #include "tools/bench/Bench.h"
 
@@ -85,16 +86,9 @@ void AppendCsv(std::ostream& csv, const std::string& factor, const std::string& 
 
 int RunsWanted(const Arguments& arguments) {
     const std::string text = arguments.Or("--runs", "3");
-    std::size_t used = 0;
-    int runs = 0;
-    try {
-        runs = std::stoi(text, &used);
-    } catch (const std::exception&) {
-        used = 0;
-    }
-    if (used != text.size() || runs < 1 || runs > 20)
-        throw std::invalid_argument("--runs must be a whole number from 1 to 20, not " + text);
-    return runs;
+    const std::optional<long> runs = kitra::WholeNumberWithin(text.c_str(), 1, 20);
+    if (!runs) throw std::invalid_argument("--runs must be a whole number from 1 to 20, not " + text);
+    return static_cast<int>(*runs);
 }
 
 // Runs the import `runs` times, each from the back office as `data` holds it before the first,
