@@ -18,6 +18,7 @@
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/ConnectorSession.h"
+#include "backoffice/cli/RestaurantServer.h"
 #include "core/Clock.h"
 #include "core/DateTime.h"
 #include "core/Error.h"
@@ -82,12 +83,9 @@ std::string CountingStatement(const std::string& select) {
 }
 
 void CheckServer(const RestaurantSettings& settings, RestaurantCheck& check) {
-    // The connection string exactly as the run builds it.
-    ado::Connection connection("Driver={MySQL ODBC 5.1 Driver};Server=" + settings.server +
-                               ";Database=" + settings.database + "; User=" + settings.user +
-                               ";Password=" + settings.password + ";Option=3;Port=" + settings.port);
+    ado::Connection connection;
     try {
-        connection.Open();
+        connection = ConnectToRestaurant(settings);
     } catch (const std::exception& error) {
         check.connectionError = DescriptionOf(error);
         check.problems.push_back("Não foi possível ligar ao servidor: " + check.connectionError);
@@ -136,17 +134,7 @@ void CheckServer(const RestaurantSettings& settings, RestaurantCheck& check) {
 RestaurantCheck Check(const RestaurantSettings& settings) {
     RestaurantCheck check;
     check.name = settings.name;
-    for (const auto& [what, value] : {std::pair<std::string, std::string>{"O servidor", settings.server},
-                                      {"A base de dados", settings.database},
-                                      {"O utilizador", settings.user},
-                                      {"A palavra-passe", settings.password},
-                                      {"A porta", settings.port}}) {
-        if (auto problem = ConnectionValueProblem(what, value)) check.problems.push_back(*problem);
-    }
-    if (!IsIsoDateTime(settings.importDateEntities))
-        check.problems.push_back("A data ImportDateEntities '" + settings.importDateEntities + "' não é válida.");
-    if (!IsIsoDateTime(settings.importDateTransactions))
-        check.problems.push_back("A data ImportDateTransactions '" + settings.importDateTransactions + "' não é válida.");
+    check.problems = RestaurantSettingsProblems(settings);
     if (!check.problems.empty()) {
         check.pending.assign(std::size(kImporters), std::nullopt);
         return check;  // such values would not reach the server they name
