@@ -15,7 +15,7 @@ inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailure = 1;  // the command could not do its work
 inline constexpr int kExitUsage = 2;    // the command line was wrong
 // The run reached its end, but some restaurant had errors or could not be reached (execute);
-// something needs attention (check).
+// something needs attention (check); a restaurant and the back office differ (reconcile).
 inline constexpr int kExitAttention = 3;
 
 // A mistake in the command line; the dispatcher prints it with a pointer to the help.
@@ -64,6 +64,7 @@ int RunConfig(CommandContext& context);
 int RunResetData(CommandContext& context);
 int RunState(CommandContext& context);
 int RunCheck(CommandContext& context);
+int RunReconcile(CommandContext& context);
 int RunRegister(CommandContext& context);
 int RunUnregister(CommandContext& context);
 int RunReport(CommandContext& context);

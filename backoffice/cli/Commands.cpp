@@ -53,6 +53,11 @@ const std::vector<Command>& AllCommands() {
          "Verifica cada restaurante sem importar: ligação, relógio do servidor, registos "
          "pendentes, configurações.",
          &RunCheck},
+        {"reconcile", "[RESTAURANTE] [--from DATA] [--to DATA] [--json] [--all]",
+         "Compara os documentos, movimentos de caixa e recibos de cada restaurante com a "
+         "retaguarda (DATA: aaaa-mm-dd ou \"aaaa-mm-dd hh:mm:ss\"), mostra o que falta ou difere "
+         "e o 'state set' que o volta a importar.",
+         &RunReconcile},
         {"execute", "[--quiet|--verbose]",
          "Importa os restaurantes configurados; --quiet mostra só os resumos, --verbose "
          "também cada registo importado (códigos de saída abaixo).",

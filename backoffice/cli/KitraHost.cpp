@@ -68,7 +68,8 @@ void PrintHelp(std::ostream& out) {
         << "     chegou ao fim; as datas de importação não foram guardadas).\n"
         << "  2  a linha de comandos está errada.\n"
         << "  3  'execute' chegou ao fim mas algum restaurante teve erros ou não foi alcançado\n"
-        << "     (cada um é dito no stderr); 'check' encontrou algo a corrigir.\n";
+        << "     (cada um é dito no stderr); 'check' encontrou algo a corrigir; 'reconcile'\n"
+        << "     encontrou diferenças entre um restaurante e a retaguarda.\n";
 }
 
 const Command* FindCommand(const std::string& name) {
