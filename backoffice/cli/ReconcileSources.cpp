@@ -8,9 +8,11 @@
 #include <pugixml.hpp>
 
 #include "ado/Recordset.h"
+#include "core/DateTime.h"
 #include "core/Error.h"
 #include "core/Numbers.h"
 #include "core/Text.h"
+#include "host/ITransactionService.h"
 
 namespace kitra::backoffice::cli::reconcile {
 namespace {
@@ -22,13 +24,15 @@ constexpr std::int32_t kStockDocument = 13;
 // Cash movement types and flows the import treats apart.
 constexpr std::int32_t kPaymentOnAccount = 8;
 constexpr std::int32_t kMoneyOut = 0;
-constexpr std::int32_t kVoidState = 5;
 
 constexpr const char* kMoment = "'%Y-%m-%d %H:%i:%s'";
 
-// The period as a condition on a restaurant column; the bounds were checked as dates, so they
-// go into the text as they are.
+// The period as a condition on a restaurant column. The bounds go into the statement's text, so
+// only dates may.
 std::string RestaurantPeriod(const std::string& column, const Period& period) {
+    for (const std::string& bound : {period.from, period.to}) {
+        if (!bound.empty() && !IsIsoDateTime(bound)) throw Error("A data '" + bound + "' não é válida.");
+    }
     std::string condition;
     if (!period.from.empty()) condition += " AND " + column + " >= '" + period.from + "'";
     if (!period.to.empty()) condition += " AND " + column + " <= '" + period.to + "'";
@@ -77,7 +81,9 @@ std::string CashDocumentType(const DocumentTypes& types, std::int32_t movementTy
     return movementFlow == kMoneyOut ? types.cashWithdrawal : types.cashEntrance;
 }
 
-std::vector<std::int32_t> SettledNumbers(const std::string& documentIds) {
+// The numbers of the credit sales a receipt names (its headers' DocumentIDs joined by ","), as
+// the import looks them up; a DocumentID that gives 0 names none.
+std::vector<std::int32_t> CreditSaleNumbers(const std::string& documentIds) {
     std::vector<std::int32_t> numbers;
     std::size_t start = 0;
     while (start <= documentIds.size()) {
@@ -102,6 +108,7 @@ std::vector<Record> RestaurantDocuments(ado::Connection& connection, const Docum
     }
     std::vector<Record> records;
     if (uids.empty()) return records;  // the import leaves every type out
+    // The headers as the import's SaleDocumentsStatement joins them, of every date.
     ado::Recordset rows;
     rows.Open(fmt::format(
                   "SELECT th.UID UID, salesmans.SalesmanID SalesmanID, "
@@ -135,6 +142,8 @@ std::vector<Record> RestaurantDocuments(ado::Connection& connection, const Docum
 
 std::vector<Record> RestaurantCashMovements(ado::Connection& connection, const DocumentTypes& types,
                                             const Period& period, const KnownCodes& known) {
+    // The movements as the import's CashMovementsStatement joins them: one whose salesman or
+    // type the restaurant does not have is selected by neither.
     ado::Recordset rows;
     rows.Open(fmt::format(
                   "SELECT cm.UID UID, salesmans.SalesmanID SalesmanID, customers.customerid customerid, "
@@ -176,6 +185,7 @@ std::vector<Record> RestaurantReceipts(ado::Connection& connection, const Docume
                                        const Period& period, const KnownCodes& known) {
     std::vector<Record> records;
     if (types.customerPayment.empty() || types.creditSale.empty()) return records;  // left out
+    // The receipts as the import's ReceiptsStatement groups them, one per DocumentID.
     ado::Recordset rows;
     rows.Open(fmt::format(
                   "SELECT cm.UID UID, GROUP_CONCAT(th.documentid SEPARATOR ',') InvoiceID, "
@@ -201,7 +211,7 @@ std::vector<Record> RestaurantReceipts(ado::Connection& connection, const Docume
         r.customer = Known(known.customers, CodeOf(rows["customerid"]));
         r.salesman = Known(known.salesmen, CodeOf(rows["SalesmanID"]));
         r.cents = Cents(Hundredths(rows["value"]));
-        r.settles = SettledNumbers(TextOf(rows["InvoiceID"]));
+        r.settles = CreditSaleNumbers(TextOf(rows["InvoiceID"]));
         records.push_back(std::move(r));
     }
     return records;
@@ -235,7 +245,7 @@ std::vector<Record> BackOfficeDocuments(const Database& database, std::vector<st
         r.customer = rows.Column(5).ToInt32();
         r.salesman = rows.Column(6).ToInt32();
         r.cents = Cents(rows.Column(7).ToDouble());
-        r.voided = rows.Column(8).ToInt32() == kVoidState;
+        r.voided = rows.Column(8).ToInt32() == host::document_state::kVoid;
         r.comment = rows.ColumnText(9);
         records.push_back(std::move(r));
     }
