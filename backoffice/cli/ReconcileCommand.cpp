@@ -148,12 +148,15 @@ std::string SourceText(const Difference& d) {
 
 void PrintText(std::ostream& out, std::ostream& err, const CommandContext& context,
                const std::vector<RestaurantResult>& results, const Period& period, bool all) {
-    out << "Período: "
-        << (period.from.empty() && period.to.empty()
-                ? std::string("tudo")
-                : (period.from.empty() ? "o início" : period.from) + " a " +
-                      (period.to.empty() ? std::string("hoje") : period.to))
-        << "\n";
+    if (period.from.empty() && period.to.empty()) {
+        out << "Período: tudo\n";
+    } else if (period.to.empty()) {
+        out << "Período: de " << period.from << " em diante\n";
+    } else if (period.from.empty()) {
+        out << "Período: até " << period.to << "\n";
+    } else {
+        out << "Período: de " << period.from << " a " << period.to << "\n";
+    }
     for (const RestaurantResult& r : results) {
         out << "\nRestaurante " << r.name << " (série " << (r.series.empty() ? "-" : r.series) << ")\n";
         if (!r.readable) {

@@ -541,10 +541,13 @@ TEST_F(ReconcileTest, FromAndToLimitThePeriodToTheDocumentsOwnDates) {
     // The deleted sale was made on 2024-06-01: a period after it matches.
     const HostResult later = Run("reconcile --from 2024-06-02");
     EXPECT_EQ(later.exit, 0) << later.out;
-    EXPECT_NE(later.out.find("Período: 2024-06-02 00:00:00 a hoje\n"), std::string::npos) << later.out;
+    EXPECT_NE(later.out.find("Período: de 2024-06-02 00:00:00 em diante\n"), std::string::npos) << later.out;
     EXPECT_NE(later.out.find("Documentos             4         24,00           4         24,00        0          0\n"),
               std::string::npos)
         << later.out;
+    const HostResult before = Run("reconcile --to 2024-06-01");
+    EXPECT_EQ(before.exit, 3) << before.out;
+    EXPECT_NE(before.out.find("Período: até 2024-06-01 23:59:59\n"), std::string::npos) << before.out;
     const HostResult day = Run("reconcile Centro --from '2024-06-01' --to=2024-06-01 --json");
     EXPECT_EQ(day.exit, 3) << day.out;
     const JsonValue json = JsonReader::Parse(day.out);
@@ -556,8 +559,11 @@ TEST_F(ReconcileTest, FromAndToLimitThePeriodToTheDocumentsOwnDates) {
     EXPECT_EQ(documents["days"][0]["day"].text, "2024-06-01");
     EXPECT_EQ(json["restaurants"][0]["differences"][0]["differs"][0].text, "onlyInBackOffice");
     // To the second: the sale of 11:00 is outside a period that ends at 10:59:59.
-    const HostResult moment = Run("reconcile --from '2024-06-01 10:00:00' --to '2024-06-01 10:59:59' --json");
-    EXPECT_EQ(JsonReader::Parse(moment.out)["restaurants"][0]["summaries"]["documents"]["backOfficeCount"].number, 1);
+    const HostResult moment = Run("reconcile --from '2024-06-01 10:00:00' --to '2024-06-01 10:59:59'");
+    EXPECT_NE(moment.out.find("Período: de 2024-06-01 10:00:00 a 2024-06-01 10:59:59\n"), std::string::npos)
+        << moment.out;
+    const HostResult momentJson = Run("reconcile --from '2024-06-01 10:00:00' --to '2024-06-01 10:59:59' --json");
+    EXPECT_EQ(JsonReader::Parse(momentJson.out)["restaurants"][0]["summaries"]["documents"]["backOfficeCount"].number, 1);
 }
 
 TEST_F(ReconcileTest, AnUnreachableRestaurantIsNamedWithTheDriversReason) {
