@@ -79,8 +79,17 @@ std::vector<host::LedgerEntry> OpenEntries(const Database& database, std::int32_
     return entries;
 }
 
-std::int32_t ReceiptKeyOf(const Database& database, const host::AccountTransaction& t) {
-    return t.DocumentNumber == 0 ? 0 : KeyOf(database, t.DocumentTypeID, t.SeriesID, t.DocumentNumber);
+// The receipt saved before that this one is again: by its number, or, when the source gave
+// none, the receipt the back office numbered for the same moment, customer and salesman that
+// no other receipt of the step was matched to. 0 for a new receipt.
+std::int32_t ReceiptKeyOf(const Database& database, const host::AccountTransaction& t,
+                          const std::set<std::int32_t>& taken) {
+    if (t.DocumentNumber != 0) return KeyOf(database, t.DocumentTypeID, t.SeriesID, t.DocumentNumber);
+    return NumberedHereMatch(database,
+                             {t.DocumentTypeID, t.SeriesID, t.DocumentDate,
+                              RoundToInt32(t.CustomerID), RoundToInt32(t.SalesmanID), std::nullopt,
+                              std::string()},
+                             taken);
 }
 
 // The receipt as a document header: a customer payment worth what was received.
@@ -148,7 +157,7 @@ host::LedgerAccounts AccountTransactionBusiness::LedgerAccountList() const {
     // lives no longer than this business object, nor this object than its database.
     const Database* database = &database_;
     const std::int32_t customer = RoundToInt32(transaction_.CustomerID);
-    const std::int32_t receiptKey = ReceiptKeyOf(database_, transaction_);
+    const std::int32_t receiptKey = ReceiptKeyOf(database_, transaction_, taken_);
     return host::LedgerAccounts(
         [database, customer, receiptKey](const std::string& documentTypeID,
                                          const std::string& seriesID,
@@ -196,7 +205,9 @@ AccountTransactionService::AccountTransactionService(Database& database, const C
 
 std::unique_ptr<host::IAccountTransactionBusiness>
 AccountTransactionService::NewAccountTransactionBusiness() const {
-    return std::make_unique<AccountTransactionBusiness>(database_);
+    // One business object builds the receipts of one import step.
+    taken_.clear();
+    return std::make_unique<AccountTransactionBusiness>(database_, taken_);
 }
 
 void AccountTransactionService::Save(host::AccountTransaction& t) {
@@ -205,19 +216,19 @@ void AccountTransactionService::Save(host::AccountTransaction& t) {
     CheckSeries(database_, t.SeriesID);
     const DateTime now = clock_.Now();
 
-    bool numberAssigned = false;
-    std::int32_t key = 0;
-    if (t.DocumentNumber == 0) {
-        t.DocumentNumber = NextFreeNumber(database_, t.DocumentTypeID, t.SeriesID);
-        numberAssigned = true;
-    } else {
-        key = KeyOf(database_, t.DocumentTypeID, t.SeriesID, t.DocumentNumber);
+    const bool numberAssigned = t.DocumentNumber == 0;
+    std::int32_t key = ReceiptKeyOf(database_, t, taken_);
+    if (numberAssigned) {
+        t.DocumentNumber = key != 0 ? NumberOf(database_, key)
+                                    : NextFreeNumber(database_, t.DocumentTypeID, t.SeriesID);
     }
+    std::string former, formerText;
     if (key != 0) {
-        RefuseAnotherWorkstationsDocument(database_, key, t.DocumentTypeID, t.SeriesID,
-                                          t.DocumentNumber, t.WorkstationID);
-        // The former version gives back what it settled before this one settles anything.
-        KeepInHistory(database_, key, t.DocumentTypeID, t.SeriesID, t.DocumentNumber, "replaced", now);
+        // Another version of a saved receipt: it gives back what it settled before this one
+        // settles anything. A version that changes nothing is undone at the end.
+        former = Snapshot(database_, key);
+        formerText = FormerVersion(database_, key);
+        database_.Exec("SAVEPOINT version");
         Statement reopen(database_,
                          "UPDATE account_entries SET OpenAmount = round(OpenAmount + (SELECT "
                          "SUM(s.Amount) FROM account_settlements s WHERE s.EntryID = "
@@ -263,6 +274,16 @@ void AccountTransactionService::Save(host::AccountTransaction& t) {
         reduce.Bind({Variant(line.Amount), Variant(line.Entry.EntryID)}).Run();
     }
     if (t.Credit >= kNoAmount) WriteEntry(database_, key, "C", document, t.Credit, t.Credit);
+    taken_.insert(key);
+    if (!former.empty()) {
+        if (Snapshot(database_, key) == former) {
+            database_.Exec("ROLLBACK TO version; RELEASE version");
+        } else {
+            database_.Exec("RELEASE version");
+            KeepInHistory(database_, key, t.DocumentTypeID, t.SeriesID, t.DocumentNumber,
+                          "replaced", now, formerText);
+        }
+    }
     write.Commit();
 }
 

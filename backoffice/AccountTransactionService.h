@@ -3,6 +3,7 @@
 // customer's open current-account entries, and the data service that saves it and settles the
 // entries (account_settlements) in one SQLite transaction.
 #include <memory>
+#include <set>
 
 #include "backoffice/Database.h"
 #include "core/Clock.h"
@@ -12,7 +13,10 @@ namespace kitra::backoffice {
 
 class AccountTransactionBusiness final : public host::IAccountTransactionBusiness {
 public:
-    explicit AccountTransactionBusiness(Database& database) : database_(database) {}
+    // `taken`: the receipts numbered here that this step's receipts were matched to (see
+    // NumberedHereMatch); it outlives the business object.
+    AccountTransactionBusiness(Database& database, const std::set<std::int32_t>& taken)
+        : database_(database), taken_(taken) {}
 
     void InitNewTransaction(const std::string& documentTypeID,
                             const std::string& seriesID) override;
@@ -26,6 +30,7 @@ public:
 
 private:
     Database& database_;
+    const std::set<std::int32_t>& taken_;
     host::AccountTransaction transaction_;
 };
 
@@ -41,6 +46,9 @@ private:
     static const Clock& DefaultClock();
 
     Database& database_;
+    // The receipts numbered here that the receipts saved since the last business object was
+    // made have been matched to: each is one source receipt, never two.
+    mutable std::set<std::int32_t> taken_;
     const Clock& clock_;
 };
 

@@ -277,6 +277,11 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
 
 Database::~Database() {
     try {
+        ReleaseHeld();
+    } catch (...) {
+        // Lost with the group below, if one is open; the next run imports it again.
+    }
+    try {
         group_.active = false;
         CommitGroup();
     } catch (...) {
@@ -328,6 +333,7 @@ void Database::Exec(std::string_view sql) {
 }
 
 void Database::EnsureWritable() {
+    ReleaseHeld();
     Exec("BEGIN IMMEDIATE");
     Exec("ROLLBACK");
 }
@@ -359,6 +365,31 @@ std::int64_t SteadyMilliseconds() {
 }
 }  // namespace
 
+void Database::SetBusyWait(int milliseconds, std::function<void(int, int)> waiting) {
+    busyTimeoutMilliseconds_ = std::max(milliseconds, 0);
+    busyWaiting_ = std::move(waiting);
+    sqlite3_busy_handler(db_, &Database::OnBusy, this);
+}
+
+int Database::OnBusy(void* self, int count) {
+    Database& database = *static_cast<Database*>(self);
+    const std::int64_t now = SteadyMilliseconds();
+    if (count == 0) {
+        database.busySince_ = now;
+        database.busyToldSeconds_ = 0;
+    }
+    const std::int64_t waited = now - database.busySince_;
+    if (waited >= database.busyTimeoutMilliseconds_) return 0;
+    const int seconds = static_cast<int>(waited / 1000);
+    if (database.busyWaiting_ && seconds >= database.busyToldSeconds_ + 10) {
+        database.busyToldSeconds_ = seconds;
+        database.busyWaiting_(seconds, database.busyTimeoutMilliseconds_ / 1000);
+    }
+    sqlite3_sleep(static_cast<int>(std::min<std::int64_t>(
+        50, database.busyTimeoutMilliseconds_ - waited)));
+    return 1;
+}
+
 void Database::BeginGroup(int records, int milliseconds) {
     CommitGroup();
     group_.active = true;
@@ -387,7 +418,29 @@ void Database::RecordSaved() {
     }
 }
 
-void Database::CommitGroup() { CommitOpenGroup(0); }
+void Database::CommitGroup() {
+    ReleaseHeld();
+    CommitOpenGroup(0);
+}
+
+void Database::ReleaseHeld() {
+    if (!held_.active) return;
+    const bool savepoint = held_.savepoint;
+    const std::function<void()> atEnd = std::move(held_.atEnd);
+    held_ = Held{};
+    try {
+        if (atEnd) atEnd();
+        Exec(savepoint ? "RELEASE record" : "COMMIT");
+    } catch (...) {
+        try {
+            Exec(savepoint ? "ROLLBACK TO record; RELEASE record" : "ROLLBACK");
+        } catch (...) {
+            // Rolled back already by SQLite, or it will be when the connection closes.
+        }
+        throw;
+    }
+    if (savepoint) RecordSaved();
+}
 
 void Database::CommitOpenGroup(int callersRecords) {
     RefuseAfterLostGroup();
@@ -430,6 +483,21 @@ GroupedCommits::~GroupedCommits() {
 // ---------------------------------------------------------------- Transaction
 
 Transaction::Transaction(Database& database, TransactionKind kind) : database_(database) {
+    Begin(kind);
+}
+
+Transaction::Transaction(Database& database, std::int64_t heldTag) : database_(database) {
+    if (database_.HoldsRecord(heldTag)) {
+        savepoint_ = database_.held_.savepoint;
+        database_.held_ = Database::Held{};
+        continued_ = true;
+        return;
+    }
+    Begin(TransactionKind::Record);
+}
+
+void Transaction::Begin(TransactionKind kind) {
+    database_.ReleaseHeld();
     if (kind == TransactionKind::Record && database_.Grouping()) {
         database_.OpenGroup();
         database_.Exec("SAVEPOINT record");
@@ -449,6 +517,13 @@ Transaction::~Transaction() {
             // Nothing more can be done from a destructor; SQLite rolls back on close anyway.
         }
     }
+}
+
+void Transaction::Hold(std::int64_t tag, std::function<void()> atEnd) {
+    if (!open_) return;
+    database_.ReleaseHeld();  // never two: a transaction is open only while nothing is held
+    database_.held_ = Database::Held{true, savepoint_, tag, std::move(atEnd)};
+    open_ = false;
 }
 
 void Transaction::Commit() {

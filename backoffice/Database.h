@@ -5,6 +5,7 @@
 // timeout so that a second program on the same back office waits instead of failing.
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -119,6 +120,20 @@ public:
     void CommitGroup();
     void EndGroup();
     bool Grouping() const { return group_.active; }
+    // Whether records share their commits: grouping, more than one record to a group.
+    bool SharesCommits() const { return group_.active && group_.mostRecords > 1; }
+
+    // How long a write of this connection waits for another program's lock from now on, and
+    // what it calls, about every ten seconds, while it waits (seconds waited, most seconds it
+    // will wait). A run has time to wait for a back-office job where a command has not.
+    void SetBusyWait(int milliseconds, std::function<void(int, int)> waiting);
+
+    // Whether a record's transaction is held open under `tag` (see Transaction::Hold).
+    bool HoldsRecord(std::int64_t tag) const { return held_.active && held_.tag == tag; }
+    // Ends the held record, if any: runs what its holder asked to be done at its end, inside
+    // it, and commits it (or, in a group, releases its savepoint). Every write of the
+    // connection, and the group's commits, do this first.
+    void ReleaseHeld();
 
 private:
     friend class Statement;
@@ -142,6 +157,10 @@ private:
     std::filesystem::path file_;
     sqlite3* db_ = nullptr;
     int busyTimeoutMilliseconds_ = kBusyTimeoutMilliseconds;
+    std::function<void(int, int)> busyWaiting_;
+    std::int64_t busySince_ = 0;      // steady clock, milliseconds: when the wait began
+    int busyToldSeconds_ = 0;         // when the waiting was last told
+    static int OnBusy(void* database, int count);
     // Prepared statements not in use, by their text. Bounded: texts that carry values (rare
     // here) would otherwise pile up.
     mutable std::unordered_map<std::string, sqlite3_stmt*> prepared_;
@@ -155,6 +174,14 @@ private:
         std::int64_t openedAt = 0;  // steady clock, milliseconds
         std::string lost;           // why a group could not be committed, once one could not
     } group_;
+
+    // A record whose end is put off until the connection's next write (Transaction::Hold).
+    struct Held {
+        bool active = false;
+        bool savepoint = false;  // a savepoint of the group, else a transaction of its own
+        std::int64_t tag = 0;
+        std::function<void()> atEnd;
+    } held_;
 };
 
 // Whether a write transaction saves one record of a run (grouped while the connection groups
@@ -164,18 +191,33 @@ enum class TransactionKind { Standalone, Record };
 // A write transaction: BEGIN IMMEDIATE takes the write lock at once, so the busy timeout
 // covers the whole transaction; a transaction that is not committed is rolled back. A record's
 // transaction while the connection groups commits is a savepoint of the group instead.
+//
+// A record that another may have to join (a document the source refunds is saved, then voided:
+// one record for the source) is held instead of committed: it stays open until the
+// connection's next write, which ends it first, or until a record of the same tag continues it,
+// so that the two are saved together or not at all, also when the process dies between them.
 class Transaction {
 public:
     explicit Transaction(Database& database, TransactionKind kind = TransactionKind::Standalone);
+    // Continues the record held under `tag` when the connection holds it (Continued() tells),
+    // else starts a record's transaction as above.
+    Transaction(Database& database, std::int64_t heldTag);
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
     void Commit();
+    // Leaves the record open, held under `tag`; `atEnd` runs inside it when it ends without
+    // being continued (it must write with Statements only, never a Transaction of its own).
+    void Hold(std::int64_t tag, std::function<void()> atEnd = {});
+    bool Continued() const { return continued_; }
 
 private:
+    void Begin(TransactionKind kind);
+
     Database& database_;
     bool open_ = true;
     bool savepoint_ = false;
+    bool continued_ = false;
 };
 
 // Groups the connection's record commits for as long as it lives (see Database::BeginGroup).

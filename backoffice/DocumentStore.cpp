@@ -97,12 +97,18 @@ std::string FormerVersion(const Database& database, std::int32_t key) {
 void KeepInHistory(Database& database, std::int32_t key, const std::string& type,
                    const std::string& series, std::int32_t number, const char* event,
                    const DateTime& when) {
+    KeepInHistory(database, key, type, series, number, event, when, FormerVersion(database, key));
+}
+
+void KeepInHistory(Database& database, std::int32_t key, const std::string& type,
+                   const std::string& series, std::int32_t number, const char* event,
+                   const DateTime& when, const std::string& formerVersion) {
     Statement history(database,
                       "INSERT INTO document_history (DocumentKey, DocumentTypeID, SeriesID, "
                       "DocumentNumber, Event, EventDate, FormerVersion) VALUES (?,?,?,?,?,?,?)");
     history
         .Bind({Variant(key), Variant(type), Variant(series), Variant(number), Variant(event),
-               Variant(when), Variant(FormerVersion(database, key))})
+               Variant(when), Variant(formerVersion)})
         .Run();
 }
 
@@ -238,7 +244,9 @@ void WritePayments(Database& database, std::int32_t key, const host::Transaction
 
 void WriteStockMovements(Database& database, std::int32_t key, const host::Transaction& t) {
     if (t.Stock == host::StockDirection::None) return;
-    Statement stocked(database, "SELECT StockManagement FROM items WHERE ItemID=?");
+    // The item with exactly the line's code: a restaurant item left out because its code
+    // differs from a back-office item's only in letter case must not move that item's stock.
+    Statement stocked(database, "SELECT StockManagement FROM items WHERE ItemID=?1 AND ItemID=?1 COLLATE BINARY");
     Statement movement(database,
                        "INSERT INTO stock_movements (DocumentKey, LineNumber, ItemID, WarehouseID, "
                        "Quantity, MovementDate, Reversal) VALUES (?,?,?,?,?,?,0)");
@@ -321,19 +329,75 @@ void WriteCashMovements(Database& database, std::int32_t key, const host::Transa
 }
 
 
-void RefuseAnotherWorkstationsDocument(const Database& database, std::int32_t key,
-                                       const std::string& type, const std::string& series,
-                                       std::int32_t number, std::int16_t workstationID) {
-    Statement saved(database, "SELECT WorkstationID FROM documents WHERE DocumentKey=?");
-    saved.Bind({Variant(key)});
-    if (!saved.Step()) return;
-    const std::int32_t workstation = saved.Column(0).ToInt32();
-    if (workstation == workstationID) return;
-    throw Error(fmt::format(
-        "O documento {} já existe, feito no posto {}, e não pode ser substituído por um do posto "
-        "{}. Cada restaurante deve ter a sua série de documentos.",
-        DocumentName(type, series, number), workstation, workstationID));
+std::int32_t NumberedHereMatch(const Database& database, const SourceMoment& moment,
+                               const std::set<std::int32_t>& taken) {
+    Statement find(database,
+                   "SELECT DocumentKey, Total, Comment FROM documents INDEXED BY documents_numbered_here "
+                   "WHERE SeriesID=? AND DocumentTypeID=? AND DocumentDate=? AND NumberAssigned=1 "
+                   "AND CustomerID=? AND SalesmanID=? ORDER BY DocumentKey");
+    find.Bind({Variant(moment.series), Variant(moment.type), Variant(moment.date),
+               Variant(moment.customer), Variant(moment.salesman)});
+    std::int32_t first = 0;
+    while (find.Step()) {
+        const std::int32_t key = find.Column(0).ToInt32();
+        if (taken.contains(key)) continue;
+        if (!moment.total) return key;
+        if (RoundMoney(find.Column(1).ToDouble()) == RoundMoney(*moment.total) &&
+            find.ColumnText(2) == moment.comment)
+            return key;
+        if (first == 0) first = key;
+    }
+    return first;
 }
 
+std::int32_t NumberOf(const Database& database, std::int32_t key) {
+    Statement number(database, "SELECT DocumentNumber FROM documents WHERE DocumentKey=?");
+    number.Bind({Variant(key)});
+    return number.Step() ? number.Column(0).ToInt32() : 0;
+}
+
+std::string Snapshot(const Database& database, std::int32_t key) {
+    // Each query gives its rows in a fixed order; the columns are read as SQLite gives them
+    // back, so a value compares with itself exactly.
+    static const std::vector<std::string> kParts = [] {
+        std::string header;
+        for (const char* column : HeaderColumns()) {
+            const std::string name = column;
+            if (name == "SavedAt" || name == "StampDate") continue;
+            header += (header.empty() ? "" : ",") + name;
+        }
+        return std::vector<std::string>{
+            "SELECT " + header + " FROM documents WHERE DocumentKey=?1",
+            "SELECT * FROM document_lines WHERE DocumentKey=?1 ORDER BY LineNumber",
+            "SELECT * FROM document_taxes WHERE DocumentKey=?1 ORDER BY TaxableGroupID",
+            "SELECT * FROM document_payments WHERE DocumentKey=?1 ORDER BY LineNumber",
+            "SELECT * FROM card_payments WHERE DocumentKey=?1 ORDER BY LineNumber",
+            // A reversal is dated when its document was voided; voided again, it is the same.
+            "SELECT LineNumber, ItemID, WarehouseID, Quantity, Reversal, "
+            "CASE WHEN Reversal THEN '' ELSE MovementDate END FROM stock_movements "
+            "WHERE DocumentKey=?1 ORDER BY Reversal, LineNumber, MovementID",
+            "SELECT EntryType, CustomerID, DocumentTypeID, SeriesID, DocumentNumber, DocumentDate, "
+            "DueDate, Total, Amount, OpenAmount FROM account_entries WHERE DocumentKey=?1",
+            "SELECT s.EntryID, s.Amount, s.InvoiceValue, e.OpenAmount FROM account_settlements s "
+            "JOIN account_entries e ON e.EntryID = s.EntryID WHERE s.ReceiptKey=?1 "
+            "ORDER BY s.EntryID",
+            "SELECT WorkstationID, TenderID, Amount, MovementDate FROM cash_movements "
+            "WHERE DocumentKey=?1 ORDER BY MovementID"};
+    }();
+    std::string text;
+    for (const std::string& sql : kParts) {
+        Statement rows(database, sql);
+        rows.Bind({Variant(key)});
+        while (rows.Step()) {
+            for (int c = 0; c < rows.ColumnCount(); ++c) {
+                text += rows.ColumnIsNull(c) ? std::string("\x01") : rows.ColumnText(c);
+                text += '\x1f';
+            }
+            text += '\x1e';
+        }
+        text += '\x1d';
+    }
+    return text;
+}
 
 }  // namespace kitra::backoffice

@@ -3,6 +3,8 @@
 // service and the account transaction service share. Each writer runs inside the caller's
 // database transaction.
 #include <cstdint>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,12 +28,28 @@ std::int32_t KeyOf(const Database& database, const std::string& type, const std:
 std::int32_t NextFreeNumber(const Database& database, const std::string& type,
                             const std::string& series);
 
-// A new version of a document comes from the workstation that made it. A document of the same
-// type, series and number from another workstation is another restaurant's (two restaurants
-// sharing a series): replacing it would lose it, so it is refused with an Error.
-void RefuseAnotherWorkstationsDocument(const Database& database, std::int32_t key,
-                                       const std::string& type, const std::string& series,
-                                       std::int32_t number, std::int16_t workstationID);
+// The document the back office numbered itself (its source gave number 0) that a document
+// imported again is: same type and series, same date to the second, same customer and
+// salesman, and not yet taken by another document of the same batch (`taken`), so that two
+// source records never become one. Among those, one that also has the same total and comment
+// first, then the oldest. 0 when there is none.
+struct SourceMoment {
+    std::string type, series;
+    DateTime date;
+    std::int32_t customer = 0, salesman = 0;
+    std::optional<double> total;  // unknown yet for a receipt being built
+    std::string comment;
+};
+std::int32_t NumberedHereMatch(const Database& database, const SourceMoment& moment,
+                               const std::set<std::int32_t>& taken);
+// Its number.
+std::int32_t NumberOf(const Database& database, std::int32_t key);
+
+// Everything a saved document is and does (header, lines, VAT, payments, stock movements,
+// current-account entry and what receipts settle, drawer movements), but when it was saved and
+// stamped: two versions with the same text are the same document, and saving the second would
+// change nothing.
+std::string Snapshot(const Database& database, std::int32_t key);
 
 // A readable copy of a saved document (header, lines, payments).
 std::string FormerVersion(const Database& database, std::int32_t key);
@@ -40,6 +58,10 @@ std::string FormerVersion(const Database& database, std::int32_t key);
 void KeepInHistory(Database& database, std::int32_t key, const std::string& type,
                    const std::string& series, std::int32_t number, const char* event,
                    const DateTime& when);
+// The same with a former version read before (FormerVersion) it was overwritten.
+void KeepInHistory(Database& database, std::int32_t key, const std::string& type,
+                   const std::string& series, std::int32_t number, const char* event,
+                   const DateTime& when, const std::string& formerVersion);
 
 // What receipts have already settled of the document's current-account entry.
 double SettledOf(const Database& database, std::int32_t key);

@@ -411,8 +411,17 @@ CREATE INDEX document_history_by_document ON document_history (DocumentKey);
 PRAGMA user_version=4;
 )sql";
 
+// Version 5: documents the back office numbered itself (the source gave number 0) are found
+// again by their source's moment, customer and salesman when they are imported again.
+constexpr const char* kVersion5 = R"sql(
+CREATE INDEX documents_numbered_here ON documents (SeriesID, DocumentTypeID, DocumentDate)
+    WHERE NumberAssigned = 1;
+
+PRAGMA user_version=5;
+)sql";
+
 // Step k brings a file of version k-1 to version k, and ends by writing k as the version.
-constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3, kVersion4};
+constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 }  // namespace

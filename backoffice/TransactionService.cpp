@@ -133,11 +133,71 @@ TransactionService::TransactionService(Database& database, const Clock& clock)
     : database_(database), clock_(clock) {}
 
 std::unique_ptr<host::ITransactionBusiness> TransactionService::NewTransactionBusiness() const {
+    // One business object builds the documents of one import step: the documents it brings are
+    // matched anew to those the back office numbered.
+    taken_.clear();
     return std::make_unique<TransactionBusiness>(database_);
 }
 
+namespace {
+
+// Whether a refund of the source may follow the saving of a document of the kind: documents
+// that move stock or the current account; cash documents are never refunded.
+bool RefundMayFollow(host::DocumentKind kind) {
+    return StockDirectionOf(kind) != host::StockDirection::None ||
+           kind == host::DocumentKind::CreditSale;
+}
+
+// Decides about the version savepoint of a document saved again: a version that changes
+// nothing is undone (the document keeps its rows, stamps and history as they were); any other
+// keeps its former version in the history, inside the savepoint, which stays open when a refund
+// may follow (voided, the new version may be the former one again). Whether it is still open.
+bool KeepVersionIfChanged(Database& database, std::int32_t key, const std::string& former,
+                          const std::string& formerText, const DateTime& when, bool refundMayFollow) {
+    if (Snapshot(database, key) == former) {
+        database.Exec("ROLLBACK TO version; RELEASE version");
+        return false;
+    }
+    Statement identity(database,
+                       "SELECT DocumentTypeID, SeriesID, DocumentNumber FROM documents "
+                       "WHERE DocumentKey=?");
+    identity.Bind({Variant(key)});
+    identity.Step();
+    KeepInHistory(database, key, identity.ColumnText(0), identity.ColumnText(1),
+                  identity.Column(2).ToInt32(), "replaced", when, formerText);
+    if (refundMayFollow) return true;
+    database.Exec("RELEASE version");
+    return false;
+}
+
+// Marks the document void, reverses every stock movement not yet reversed and cancels what is
+// open of its current-account entry.
+void Void(Database& database, std::int32_t key, const DateTime& when) {
+    Statement state(database, "UPDATE documents SET State=? WHERE DocumentKey=?");
+    state.Bind({Variant(host::document_state::kVoid), Variant(key)}).Run();
+    Statement reverse(database,
+                      "INSERT INTO stock_movements (DocumentKey, LineNumber, ItemID, WarehouseID, "
+                      "Quantity, MovementDate, Reversal) "
+                      "SELECT DocumentKey, LineNumber, ItemID, WarehouseID, -Quantity, ?, 1 "
+                      "FROM stock_movements m WHERE DocumentKey=? AND Reversal=0 AND NOT EXISTS "
+                      "(SELECT 1 FROM stock_movements r WHERE r.DocumentKey=m.DocumentKey AND "
+                      "r.LineNumber=m.LineNumber AND r.Reversal=1)");
+    reverse.Bind({Variant(when), Variant(key)}).Run();
+    Statement cancel(database, "UPDATE account_entries SET OpenAmount=0 WHERE DocumentKey=?");
+    cancel.Bind({Variant(key)}).Run();
+}
+
+bool IsVoid(const Database& database, std::int32_t key) {
+    Statement state(database, "SELECT State FROM documents WHERE DocumentKey=?");
+    state.Bind({Variant(key)});
+    return state.Step() && state.Column(0).ToInt32() == host::document_state::kVoid;
+}
+
+}  // namespace
+
 void TransactionService::Save(host::Transaction& transaction) {
     Transaction write(database_, TransactionKind::Record);
+    held_.reset();  // the record held before has ended
     const host::DocumentKind kind = KindOfDocumentType(database_, transaction.DocumentTypeID);
     CheckSeries(database_, transaction.SeriesID);
     // The document type decides the kind, and with it the stock and the current account.
@@ -158,22 +218,31 @@ void TransactionService::Save(host::Transaction& transaction) {
     bool numberAssigned = false;
     std::int32_t key = 0;
     if (transaction.DocumentNumber == 0) {
-        transaction.DocumentNumber =
-            NextFreeNumber(database_, transaction.DocumentTypeID, transaction.SeriesID);
+        // The source gave no number: the document it is again, if it was imported before, else
+        // the series' next free number.
         numberAssigned = true;
+        key = NumberedHereMatch(
+            database_,
+            {transaction.DocumentTypeID, transaction.SeriesID, transaction.DocumentDate,
+             RoundToInt32(transaction.CustomerID), RoundToInt32(transaction.SalesmanID),
+             transaction.Total, transaction.Comment},
+            taken_);
+        transaction.DocumentNumber = key != 0 ? NumberOf(database_, key)
+                                              : NextFreeNumber(database_, transaction.DocumentTypeID,
+                                                               transaction.SeriesID);
     } else {
         key = KeyOf(database_, transaction.DocumentTypeID, transaction.SeriesID,
                     transaction.DocumentNumber);
     }
+    Held held;
     double settled = 0;
     if (key != 0) {
-        RefuseAnotherWorkstationsDocument(database_, key, transaction.DocumentTypeID,
-                                          transaction.SeriesID, transaction.DocumentNumber,
-                                          transaction.WorkstationID);
-    }
-    if (key != 0) {
-        KeepInHistory(database_, key, transaction.DocumentTypeID, transaction.SeriesID,
-                      transaction.DocumentNumber, "replaced", now);
+        // Another version of a saved document, whatever workstation made either: the series
+        // belongs to one restaurant, so the document is that restaurant's.
+        held.replaced = true;
+        held.former = Snapshot(database_, key);
+        held.formerText = FormerVersion(database_, key);
+        database_.Exec("SAVEPOINT version");
         settled = SettledOf(database_, key);
         RemoveChildren(database_, key);
     }
@@ -185,34 +254,65 @@ void TransactionService::Save(host::Transaction& transaction) {
         WriteAccountEntry(database_, key, transaction, settled);
         WriteCashMovements(database_, key, transaction);
     }
-    write.Commit();
+    taken_.insert(key);
+    held.key = key;
+
+    const bool refundMayFollow =
+        RefundMayFollow(kind) && transaction.StateCode != host::document_state::kVoid;
+    if (held.replaced) {
+        held.replaced = KeepVersionIfChanged(database_, key, held.former, held.formerText, now,
+                                             refundMayFollow);
+    }
+    // Held, the record keeps the write lock until the next write; so only inside a group of
+    // records, which keeps it anyway. Committed at once, a record never waits for the next.
+    if (!refundMayFollow || !database_.SharesCommits()) {
+        if (held.replaced) database_.Exec("RELEASE version");
+        held.replaced = false;
+        write.Commit();
+        return;
+    }
+    // A refund may follow: the document and its refund are one record.
+    Database& database = database_;
+    const bool versionOpen = held.replaced;
+    write.Hold(key, [&database, versionOpen] {
+        if (versionOpen) database.Exec("RELEASE version");
+    });
+    held_ = std::move(held);
 }
 
 void TransactionService::Refund(host::Transaction& transaction) {
-    Transaction write(database_, TransactionKind::Record);
     const std::int32_t key = KeyOf(database_, transaction.DocumentTypeID, transaction.SeriesID,
                                    transaction.DocumentNumber);
+    Transaction write(database_, static_cast<std::int64_t>(key));
+    std::optional<Held> held;
+    if (write.Continued() && held_ && held_->key == key) held = std::move(held_);
+    held_.reset();
     if (key == 0) {
         throw Error(fmt::format("Não existe o documento {} que se pretende anular.",
                                 DocumentName(transaction.DocumentTypeID, transaction.SeriesID,
                                              transaction.DocumentNumber)));
     }
     const DateTime now = clock_.Now();
+    if (!held && IsVoid(database_, key)) {
+        // A second refund changes nothing more.
+        transaction.StateCode = host::document_state::kVoid;
+        return;
+    }
+    const std::string beforeVoid = FormerVersion(database_, key);
+    Void(database_, key, now);
+    if (held && held->replaced) {
+        // A former version that differed from the new one is open in the version savepoint.
+        if (Snapshot(database_, key) == held->former) {
+            // Saved and voided again as it was: nothing changed, nor the history.
+            database_.Exec("ROLLBACK TO version; RELEASE version");
+            write.Commit();
+            transaction.StateCode = host::document_state::kVoid;
+            return;
+        }
+        database_.Exec("RELEASE version");
+    }
     KeepInHistory(database_, key, transaction.DocumentTypeID, transaction.SeriesID,
-                  transaction.DocumentNumber, "voided", now);
-    Statement state(database_, "UPDATE documents SET State=? WHERE DocumentKey=?");
-    state.Bind({Variant(host::document_state::kVoid), Variant(key)}).Run();
-    // Every movement not yet reversed gets its reversal, so a second refund changes nothing.
-    Statement reverse(database_,
-                      "INSERT INTO stock_movements (DocumentKey, LineNumber, ItemID, WarehouseID, "
-                      "Quantity, MovementDate, Reversal) "
-                      "SELECT DocumentKey, LineNumber, ItemID, WarehouseID, -Quantity, ?, 1 "
-                      "FROM stock_movements m WHERE DocumentKey=? AND Reversal=0 AND NOT EXISTS "
-                      "(SELECT 1 FROM stock_movements r WHERE r.DocumentKey=m.DocumentKey AND "
-                      "r.LineNumber=m.LineNumber AND r.Reversal=1)");
-    reverse.Bind({Variant(now), Variant(key)}).Run();
-    Statement cancel(database_, "UPDATE account_entries SET OpenAmount=0 WHERE DocumentKey=?");
-    cancel.Bind({Variant(key)}).Run();
+                  transaction.DocumentNumber, "voided", now, beforeVoid);
     write.Commit();
     transaction.StateCode = host::document_state::kVoid;
 }

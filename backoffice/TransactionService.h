@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "backoffice/Database.h"
@@ -61,8 +62,21 @@ public:
 private:
     static const Clock& DefaultClock();
 
+    // A saved document whose record is held open (Database: Transaction::Hold) until the next
+    // write, so that the refund the source may give it right after joins it.
+    struct Held {
+        std::int32_t key = 0;
+        bool replaced = false;    // a former version existed
+        std::string former;       // its Snapshot
+        std::string formerText;   // its FormerVersion, for the history
+    };
+
     Database& database_;
     const Clock& clock_;
+    // The documents numbered here that the documents saved since the last business object was
+    // made have been matched to: each is one source record, never two (NumberedHereMatch).
+    mutable std::set<std::int32_t> taken_;
+    std::optional<Held> held_;
 };
 
 // The stock direction of a kind of document.
