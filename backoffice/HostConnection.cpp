@@ -91,6 +91,7 @@ void HostConnection::KeepIfLogRow(const host::SqlStatement& statement, const std
         row.reason += " O texto do log também não pôde ser guardado na pasta de registos: " +
                       DescriptionOf(error);
     }
+    row.contents = std::move(contents);
     unsaved_.push_back(std::move(row));
 }
 

@@ -22,6 +22,7 @@ struct UnsavedLogRow {
     std::string restaurant;
     std::string file;    // where the text was kept; empty when it could not be kept either
     std::string reason;  // why the row was not stored (and, if so, why it was not kept)
+    std::string contents;  // the log's text
 };
 
 class HostConnection final : public host::IHostConnection {

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <functional>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -166,6 +167,7 @@ std::vector<RestaurantSettings> SettingsDocument::Restaurants() const {
         r.password = element.attribute("ServerPassword").value();
         r.importDateEntities = element.attribute("ImportDateEntities").value();
         r.importDateTransactions = element.attribute("ImportDateTransactions").value();
+        r.series = element.attribute("TransSerial").value();
         restaurants.push_back(std::move(r));
     });
     return restaurants;
@@ -180,8 +182,38 @@ std::optional<std::string> ConnectionValueProblem(const std::string& what, const
         what, what == "A palavra-passe" ? std::string("********") : value);
 }
 
-std::vector<std::string> SettingsDocument::Problems() const {
+std::vector<std::string> SharedSeriesProblems(const std::vector<RestaurantSettings>& restaurants) {
     std::vector<std::string> problems;
+    std::map<std::string, std::vector<const RestaurantSettings*>> bySeries;
+    std::vector<std::string> order;
+    for (const RestaurantSettings& r : restaurants) {
+        if (r.series.empty()) continue;
+        std::string folded = r.series;
+        for (char& c : folded) {
+            if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+        }
+        auto& sharing = bySeries[folded];
+        if (sharing.empty()) order.push_back(folded);
+        sharing.push_back(&r);
+    }
+    for (const std::string& series : order) {
+        const auto& sharing = bySeries[series];
+        if (sharing.size() < 2) continue;
+        std::string names;
+        for (std::size_t i = 0; i < sharing.size(); ++i) {
+            names += (i == 0 ? "" : i + 1 == sharing.size() ? " e " : ", ") + ("'" + sharing[i]->name + "'");
+        }
+        problems.push_back(fmt::format(
+            "Os restaurantes {} usam a mesma série de documentos '{}' (TransSerial): os documentos "
+            "de um substituiriam os do outro com os mesmos números. Dê a cada restaurante a sua "
+            "série ('kitra-host series add CÓDIGO DESCRIÇÃO').",
+            names, sharing.front()->series));
+    }
+    return problems;
+}
+
+std::vector<std::string> SettingsDocument::Problems() const {
+    std::vector<std::string> problems = SharedSeriesProblems(Restaurants());
     std::set<std::string> names;
     for (const RestaurantSettings& r : Restaurants()) {
         const std::string who = "Restaurante '" + r.name + "': ";

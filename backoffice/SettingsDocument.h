@@ -27,7 +27,14 @@ struct RestaurantSettings {
     std::string password;
     std::string importDateEntities;
     std::string importDateTransactions;
+    std::string series;  // TransSerial: the back-office document series of its documents
 };
+
+// The problems of restaurants that share a document series: a series belongs to one
+// restaurant, whose documents it numbers; a second restaurant in it would replace the first
+// one's documents of the same numbers. Series compare without letter case, as the back office
+// keeps them. One text per series shared; empty when there is none.
+std::vector<std::string> SharedSeriesProblems(const std::vector<RestaurantSettings>& restaurants);
 
 class SettingsDocument {
 public:

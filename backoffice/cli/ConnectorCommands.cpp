@@ -9,6 +9,7 @@
 
 #include "backoffice/BackOffice.h"
 #include "backoffice/RunLock.h"
+#include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/ComponentLoader.h"
 #include "backoffice/cli/ConnectorSession.h"
@@ -57,7 +58,18 @@ int RunInfo(CommandContext& context) {
 int RunValidate(CommandContext& context) {
     ExpectArguments(context, 0, "validate");
     ConnectorSession session(context, "validate");
-    const bool valid = session.Connector().ValidateSettings();
+    bool valid = session.Connector().ValidateSettings();
+    // What the connector's own rules let through but a run could not use.
+    if (const auto stored = session.Office().settingsStore.StoredText(kSettingsKey1, kSettingsKey2)) {
+        try {
+            for (const std::string& problem : SettingsDocument::Parse(*stored).Problems()) {
+                context.err << "kitra-host: " << problem << "\n";
+                valid = false;
+            }
+        } catch (const Error&) {
+            // Unreadable settings: the connector's validation has said so already.
+        }
+    }
     context.out << (valid ? "As configurações são válidas.\n" : "As configurações não são válidas.\n");
     return valid ? kExitOk : kExitFailure;
 }

@@ -7,16 +7,23 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
+#include <optional>
 #include <ostream>
 #include <set>
+#include <string_view>
 
 #include "backoffice/RunLock.h"
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/ConnectorSession.h"
+#include "backoffice/cli/PastableCommand.h"
 #include "core/Clock.h"
 #include "core/DateTime.h"
 #include "core/Environment.h"
@@ -41,18 +48,95 @@ std::map<LogKey, std::string> LogRowsSince(BackOffice& office, const std::string
     return rows;
 }
 
-// The first line of a restaurant's log that reports an error; empty when there is none.
-std::string FirstErrorLine(const std::string& contents) {
+// The lines of a restaurant's log that report an error, in the order they were written.
+std::vector<std::string> ErrorLines(const std::string& contents) {
+    std::vector<std::string> lines;
     std::size_t start = 0;
     while (start < contents.size()) {
         std::size_t end = contents.find('\n', start);
         if (end == std::string::npos) end = contents.size();
         std::string line = contents.substr(start, end - start);
         while (!line.empty() && (line.back() == '\r' || line.back() == '\n')) line.pop_back();
-        if (line.find("## Erro ##") != std::string::npos) return line;
+        if (line.find("## Erro ##") != std::string::npos) lines.push_back(line);
         start = end + 1;
     }
-    return {};
+    return lines;
+}
+
+// What an importer's error line says: "<step> - ## Erro ## ao importar a tabela de X. Y: <record>
+// : <stage> - <reason>". Lines of another form (a server that could not be reached) give
+// nothing.
+struct StoppedStep {
+    std::string step, record, stage, reason;
+};
+std::optional<StoppedStep> StoppedStepOf(const std::string& line) {
+    constexpr std::string_view kError = " - ## Erro ## ao importar a tabela de ";
+    const std::size_t error = line.find(kError);
+    if (error == std::string::npos) return std::nullopt;
+    StoppedStep stopped;
+    stopped.step = line.substr(0, error);
+    const std::size_t recordStart = line.find(": ", error + kError.size());
+    const std::size_t stageStart = line.find(" : ", recordStart == std::string::npos ? error : recordStart);
+    if (recordStart == std::string::npos || stageStart == std::string::npos) return std::nullopt;
+    stopped.record = line.substr(recordStart + 2, stageStart - recordStart - 2);
+    const std::size_t reasonStart = line.find(" - ", stageStart + 3);
+    if (reasonStart == std::string::npos) return std::nullopt;
+    stopped.stage = line.substr(stageStart + 3, reasonStart - stageStart - 3);
+    stopped.reason = line.substr(reasonStart + 3);
+    return stopped;
+}
+
+// Whether an importer stopped on a value of the restaurant's own record (a NULL where a value
+// must be, a text where a number must be) rather than on the back office or the connection.
+bool CauseIsInTheRestaurantData(const StoppedStep& stopped) {
+    for (const char* sign : {"Invalid use of Null", "Type mismatch", "Overflow", "não é um número",
+                             "não é uma data"}) {
+        if (stopped.reason.find(sign) != std::string::npos) return true;
+    }
+    return false;
+}
+
+// Tells on stderr what a restaurant's log says went wrong, and how to bring in what was left
+// behind: the records after the one that stopped a step were not imported, and the dates have
+// moved past them.
+void TellFailedRestaurant(CommandContext& context, const RestaurantSettings& restaurant,
+                          const std::vector<std::string>& errors, const std::string& when) {
+    bool noServer = false, inData = false;
+    for (std::size_t i = 0; i < errors.size(); ++i) {
+        const std::string& line = errors[i];
+        const std::optional<StoppedStep> stopped = StoppedStepOf(line);
+        if (!stopped) {
+            if (i > 0) context.err << "  " << line << "\n";  // the first is on the line above
+            noServer = noServer || line.find("Não foi possível estabelecer comunicação") != std::string::npos;
+            continue;
+        }
+        context.err << "  O passo '" << stopped->step << "' parou no registo '" << stopped->record
+                    << "' (etapa '" << stopped->stage << "'): " << stopped->reason
+                    << "\n  Os registos seguintes desse passo não foram importados.\n";
+        if (CauseIsInTheRestaurantData(*stopped)) {
+            inData = true;
+            context.err << "  A causa está nos dados do restaurante: corrija esse registo no "
+                           "restaurante e depois recue as datas (abaixo).\n";
+        }
+    }
+    if (noServer) {
+        context.err << "  Para ver a razão dada pelo servidor ou pelo controlador ODBC:\n    "
+                    << PastableCommand(context.dataFolder, {"check"}) << "\n";
+    }
+    if (!when.empty()) {
+        context.err << "  Log completo:\n    "
+                    << PastableCommand(context.dataFolder, {"log", "show", restaurant.name, when})
+                    << "\n";
+    }
+    context.err << "  Para ver o que ficou por importar:\n    "
+                << PastableCommand(context.dataFolder, {"reconcile", restaurant.name}) << "\n";
+    context.err << "  As datas de importação já avançaram; para importar de novo o que falhou"
+                << (inData ? ", depois de corrigido," : "") << " recue-as:\n    "
+                << PastableCommand(context.dataFolder,
+                                   {"state", "set", restaurant.name, "--entities",
+                                    restaurant.importDateEntities, "--transactions",
+                                    restaurant.importDateTransactions})
+                << "\n";
 }
 
 // The log folder holds each restaurant's log while it is imported and the logs the back office
@@ -78,6 +162,68 @@ void RequireUsableLogFolder(const BackOffice& office) {
     ::unlink(probe.c_str());
 }
 
+// A restaurant's log file stays in the log folder only while its restaurant is imported; one
+// found before a run was left by a run that was killed. Its text is stored as that import's log
+// row (marked as cut short), or, when it cannot be, kept under the name of the logs the back
+// office could not store; either way stderr names it, because what that import did not reach
+// needs a look.
+void StoreLogsOfKilledRuns(CommandContext& context, BackOffice& office) {
+    std::filesystem::path folder;
+    try {
+        folder = office.application.LogFolder();
+    } catch (const Error&) {
+        return;  // RequireUsableLogFolder says why
+    }
+    std::error_code error;
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        const std::string name = entry.path().filename().string();
+        if (!entry.is_regular_file(error) || !name.ends_with(".txt") ||
+            name.ends_with(kUnsavedLogSuffix))
+            continue;
+        files.push_back(entry.path());
+    }
+    std::sort(files.begin(), files.end());
+    for (const std::filesystem::path& file : files) {
+        // <restaurant><yyyymmdd_hhmmss>.txt
+        const std::string name = file.stem().string();
+        if (name.size() <= 15) continue;
+        const std::string stamp = name.substr(name.size() - 15);
+        const std::string restaurant = name.substr(0, name.size() - 15);
+        std::string moment;
+        if (stamp[8] != '_') continue;
+        moment = stamp.substr(0, 4) + "-" + stamp.substr(4, 2) + "-" + stamp.substr(6, 2) + " " +
+                 stamp.substr(9, 2) + ":" + stamp.substr(11, 2) + ":" + stamp.substr(13, 2);
+        if (!IsIsoDateTime(moment)) continue;
+        std::ifstream in(file, std::ios::binary);
+        std::string contents((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        contents += "\r\n # A importação foi interrompida antes do fim deste restaurante; este log "
+                    "foi guardado pela importação seguinte. #\r\n";
+        try {
+            if (!office.schema.TableExists("Kitra2Log"))
+                throw Error("a tabela de log ainda não existe.");
+            office.connection.Execute(host::SqlStatement(
+                "INSERT INTO Kitra2Log (RestaurantID, Contents, ImportDate) VALUES (?,?,?)",
+                {Variant(restaurant), Variant(contents), Variant(moment)}));
+            std::filesystem::remove(file, error);
+            context.err << "kitra-host: a importação do restaurante '" << restaurant << "' de "
+                        << moment << " foi interrompida antes do fim; o seu log foi guardado:\n    "
+                        << PastableCommand(context.dataFolder, {"log", "show", restaurant, moment})
+                        << "\n  Veja o que ficou por importar:\n    "
+                        << PastableCommand(context.dataFolder, {"reconcile", restaurant}) << "\n";
+        } catch (const std::exception& failure) {
+            std::filesystem::path kept = file;
+            kept.replace_filename(name + kUnsavedLogSuffix);
+            std::filesystem::rename(file, kept, error);
+            context.err << "kitra-host: a importação do restaurante '" << restaurant << "' de "
+                        << moment << " foi interrompida antes do fim; o seu log não pôde ser "
+                        << "guardado (" << DescriptionOf(failure) << ") e ficou em '"
+                        << (error ? file : kept).string() << "'.\n  Veja o que ficou por importar:\n    "
+                        << PastableCommand(context.dataFolder, {"reconcile", restaurant}) << "\n";
+        }
+    }
+}
+
 }  // namespace
 
 // A group of the run's records is committed when it holds this many records or is this old.
@@ -89,6 +235,17 @@ constexpr int kMillisecondsPerCommit = 200;
 int RecordsPerCommit() {
     return static_cast<int>(
         WholeNumberFromEnvironment("KITRA_HOST_RECORDS_PER_COMMIT", kRecordsPerCommit, 1, 1000000));
+}
+
+// How long a run's writes wait for another program's lock on the back office: 15 minutes, or
+// $KITRA_HOST_RUN_BUSY_TIMEOUT_MS. An interactive command gives up after the connection's busy
+// time-out (30 s); a run has time, and a write that gives up ends its importer with the rest
+// of its records left behind.
+constexpr int kRunBusyTimeoutMilliseconds = 15 * 60 * 1000;
+
+int RunBusyTimeoutMilliseconds() {
+    return static_cast<int>(WholeNumberFromEnvironment(
+        "KITRA_HOST_RUN_BUSY_TIMEOUT_MS", kRunBusyTimeoutMilliseconds, 0, INT_MAX));
 }
 
 int RunExecute(CommandContext& context) {
@@ -116,8 +273,24 @@ int RunExecute(CommandContext& context) {
     } catch (const Error& error) {
         unreadable = error.Description();
     }
+    if (const auto shared = SharedSeriesProblems(restaurants); !shared.empty()) {
+        // Caught half-way, the second restaurant's documents would replace the first one's.
+        for (const std::string& problem : shared) context.err << "kitra-host: " << problem << "\n";
+        context.err << "kitra-host: a importação não começou: nada foi importado e as datas de "
+                       "importação ficaram como estavam. Corrija as configurações ("
+                    << PastableCommand(context.dataFolder, {"settings", "load", "FICHEIRO"})
+                    << ").\n";
+        return kExitFailure;
+    }
+    std::ostream& err = context.err;
+    office.GetDatabase().SetBusyWait(RunBusyTimeoutMilliseconds(), [&err](int waited, int most) {
+        err << "kitra-host: a retaguarda está bloqueada por outro programa; a importação espera que "
+               "ele termine a escrita (" << waited << " s de no máximo " << most << " s).\n";
+        err.flush();
+    });
     office.GetDatabase().EnsureWritable();
     RequireUsableLogFolder(office);
+    StoreLogsOfKilledRuns(context, office);
 
     // The run's rows are those written since a minute before its start that were not there
     // before it (the run before may have written one in the same second).
@@ -148,33 +321,32 @@ int RunExecute(CommandContext& context) {
     const bool ended = session.RunEnded();
     int failed = 0;
     for (const RestaurantSettings& restaurant : restaurants) {
-        std::string problem, when;
+        std::vector<std::string> errors;
+        std::string when;
         const auto rows = runRows.find(restaurant.name);
+        const auto notStored = unsaved.find(restaurant.name);
         if (rows != runRows.end()) {
             when = rows->second.back().first;
-            problem = FirstErrorLine(rows->second.back().second);
-        } else if (unsaved.contains(restaurant.name)) {
-            continue;  // said above, with where its log is
+            errors = ErrorLines(rows->second.back().second);
+        } else if (notStored != unsaved.end()) {
+            // Said above, with where its text is; its errors are told here all the same.
+            errors = ErrorLines(notStored->second->contents);
+            if (errors.empty()) {
+                if (!ended) continue;  // the run ended before the dates were saved
+                context.err << "kitra-host: o restaurante '" << restaurant.name
+                            << "' foi importado, mas o seu log não foi guardado (acima).\n";
+                continue;
+            }
         } else if (ended) {
-            problem = "a importação não deixou registo de log deste restaurante.";
+            errors = {"a importação não deixou registo de log deste restaurante."};
         } else {
             continue;  // not reached: the run ended before it
         }
-        if (problem.empty()) continue;
+        if (errors.empty()) continue;
         ++failed;
         context.err << "kitra-host: o restaurante '" << restaurant.name
-                    << "' teve erros: " << problem << "\n";
-        if (problem.find("Não foi possível estabelecer comunicação") != std::string::npos) {
-            context.err << "  A razão dada pelo servidor ou pelo controlador ODBC: kitra-host check\n";
-        }
-        if (!when.empty()) {
-            context.err << "  Log completo: kitra-host log show '" << restaurant.name << "' '"
-                        << when << "'\n";
-        }
-        context.err << "  As datas de importação já avançaram; para importar de novo o que falhou, "
-                       "recue-as:\n  kitra-host state set '"
-                    << restaurant.name << "' --entities '" << restaurant.importDateEntities
-                    << "' --transactions '" << restaurant.importDateTransactions << "'\n";
+                    << "' teve erros: " << errors.front() << "\n";
+        TellFailedRestaurant(context, restaurant, errors, when);
     }
     if (!unreadable.empty()) {
         // The connector reads such a text as empty settings and saves them; the text itself was

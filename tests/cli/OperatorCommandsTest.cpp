@@ -43,13 +43,16 @@ TEST_F(OperatorTest, AnUnreachableRestaurantExitsThreeAndIsNamedOnStderr) {
                                "Não foi possível estabelecer comunicação com o Servidor."),
                   std::string::npos)
             << run.err;
-        EXPECT_NE(run.err.find(std::string("kitra-host state set '") + name +
-                               "' --entities '2010-01-01 00:00:00' --transactions '2010-01-01 00:00:00'"),
+        // Pasted anywhere, the command rewinds this back office: the program and the data
+        // folder by their absolute paths.
+        EXPECT_NE(run.err.find(std::string(KITRA_HOST_PROGRAM) + " --data " + Data().string() +
+                               " state set " + name +
+                               " --entities '2010-01-01 00:00:00' --transactions '2010-01-01 00:00:00'"),
                   std::string::npos)
             << run.err;
     }
-    EXPECT_NE(run.err.find("kitra-host log show 'Centro' '"), std::string::npos) << run.err;
-    EXPECT_NE(run.err.find("kitra-host check"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find(" log show Centro '"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find(" --data " + Data().string() + " check\n"), std::string::npos) << run.err;
     // The run reached its end, which is said on the output as always.
     EXPECT_EQ(run.err.find("A importação chegou ao fim."), std::string::npos);
     EXPECT_NE(run.out.find("A importação chegou ao fim."), std::string::npos);
@@ -216,7 +219,7 @@ TEST_F(OperatorTest, ALockedBackOfficeSaysSoInsteadOfTheLogTableMessage) {
     ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
     backoffice::Database other(backoffice::BackOffice::FileIn(Data()), backoffice::Database::OpenMode::Existing);
     other.Exec("BEGIN IMMEDIATE");  // another program's write, never finished
-    const HostResult run = Run("execute", "KITRA_HOST_BUSY_TIMEOUT_MS=200");
+    const HostResult run = Run("execute", "KITRA_HOST_RUN_BUSY_TIMEOUT_MS=200");
     EXPECT_EQ(run.exit, 1) << run.out;
     EXPECT_NE(run.err.find("está bloqueada por outro programa"), std::string::npos) << run.err;
     EXPECT_EQ(run.out.find("criar/abrir a tabela de Log"), std::string::npos) << run.out;

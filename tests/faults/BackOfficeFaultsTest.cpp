@@ -131,6 +131,7 @@ protected:
 TEST_F(BackOfficeFaultsTest, LockedByAnotherProgramLongerThanTheBusyTimeout) {
     StoreSettings();
     ::setenv("KITRA_HOST_BUSY_TIMEOUT_MS", "300", 1);
+    ::setenv("KITRA_HOST_RUN_BUSY_TIMEOUT_MS", "300", 1);
     // The lock is taken between two records, from the run's own thread: a record committed at
     // once leaves no write of the run open at that moment. (With records grouped, the other
     // program would wait for the group, which is the run's thread, stopped here.)

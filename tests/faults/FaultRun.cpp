@@ -154,7 +154,7 @@ void FaultRunTest::SetUp() {
 void FaultRunTest::TearDown() {
     for (const char* variable : {"KITRA_COMPONENT_REGISTRY", "KITRA_CONNECTION_TIMEOUT",
                                  "KITRA_COMMAND_TIMEOUT", "KITRA_HOST_BUSY_TIMEOUT_MS",
-                                 "KITRA_HOST_RECORDS_PER_COMMIT"}) {
+                                 "KITRA_HOST_RUN_BUSY_TIMEOUT_MS", "KITRA_HOST_RECORDS_PER_COMMIT"}) {
         ::unsetenv(variable);
     }
     server.ReleaseLock();

@@ -23,7 +23,8 @@ protected:
     void ExpectTheRunWentOn(const HostRun& run) {
         EXPECT_EQ(run.exit, 3) << run.out;
         EXPECT_NE(ErrorLineOf(run, "Centro"), "") << run.err;
-        EXPECT_NE(run.err.find("kitra-host state set 'Centro' --entities '2000-01-01 00:00:00'"),
+        EXPECT_NE(run.err.find("kitra-host --data " + Data().string() +
+                               " state set Centro --entities '2000-01-01 00:00:00'"),
                   std::string::npos)
             << run.err;
         EXPECT_EQ(run.err.find("'Praia'"), std::string::npos) << run.err;
@@ -45,7 +46,8 @@ protected:
         EXPECT_EQ(SummaryOf(run, "Centro"), Summary({}));
         EXPECT_EQ(ItemsWithPrefix("C"), 0);
         EXPECT_EQ(ErrorLineOf(run, "Centro"), "Vendedores - " + kNoServer) << run.err;
-        EXPECT_NE(run.err.find("A razão dada pelo servidor ou pelo controlador ODBC: kitra-host check"),
+        EXPECT_NE(run.err.find("Para ver a razão dada pelo servidor ou pelo controlador ODBC:\n    "
+                               "kitra-host --data " + Data().string() + " check\n"),
                   std::string::npos)
             << run.err;
     }

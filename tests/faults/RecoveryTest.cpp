@@ -1,0 +1,246 @@
+// The ways back after a run that went wrong, taken for real: the dates rewound and the
+// restaurant imported again doubles nothing (documents the back office numbered itself and cash
+// movements included, which the source gives no number), two records alike in every field stay
+// two, a record changed in the restaurant replaces its earlier version, a restaurant whose
+// workstation changed replaces its own documents, two restaurants in one series are refused
+// before a run starts, and a refund that fails leaves no normal document behind.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "backoffice/BackOffice.h"
+#include "backoffice/cli/KitraHost.h"
+#include "settings/KitraConnectorSetting.h"
+#include "tests/faults/FaultRun.h"
+
+namespace kitra::test {
+namespace {
+
+using backoffice::BackOffice;
+using backoffice::Statement;
+
+// The back-office tables an import of documents writes.
+const std::vector<std::string> kDocumentTables = {
+    "documents",       "document_lines",  "document_taxes",      "document_payments",
+    "card_payments",   "stock_movements", "account_entries",     "account_settlements",
+    "cash_movements",  "document_history"};
+
+class RecoveryTest : public FaultRunTest {
+protected:
+    // Settings with every document type mapped: documents, cash movements and receipts.
+    void StoreAllDocumentSettings() {
+        BackOffice office(Data());
+        KitraConnectorSetting settings(office.utility);
+        settings.TaxableGroupEquivalence = {{1, "23"}, {2, "13"}, {3, "6"}};
+        settings.InvoiceTransDocument = "VB";
+        settings.CreditTransDocument = "FAC";
+        settings.StockTransDocument = "GT";
+        settings.CashEntranceTransDocument = "EC";
+        settings.CashWithdrawalTransDocument = "SC";
+        settings.CustomerPaymentTransDocument = "PCL";
+        settings.CustomerPaymentAccountDocument = "ADC";
+        settings.DefaultTenderPayment = 1;
+        settings.TenderEquivalence = {{1, "1"}, {2, "2"}, {3, "3"}, {2, "4"}, {4, "5"}};
+        settings.Restaurants.Add(centro);
+        settings.Restaurants.Add(praia);
+        office.settingsStore.Save(settings);
+    }
+
+    // Every row of every document table, each column as SQLite gives it back.
+    std::map<std::string, std::vector<std::string>> DocumentTables() const {
+        std::map<std::string, std::vector<std::string>> tables;
+        BackOffice office(Data());
+        for (const std::string& table : kDocumentTables) {
+            Statement rows(office.GetDatabase(), "SELECT * FROM " + table + " ORDER BY rowid");
+            while (rows.Step()) {
+                std::string row;
+                for (int c = 0; c < rows.ColumnCount(); ++c)
+                    row += (rows.ColumnIsNull(c) ? "NULL" : rows.ColumnText(c)) + "|";
+                tables[table].push_back(row);
+            }
+        }
+        return tables;
+    }
+
+    std::string Value(const std::string& sql) const {
+        BackOffice office(Data());
+        Statement value(office.GetDatabase(), sql);
+        return value.Step() ? value.ColumnText(0) : "(none)";
+    }
+
+    void RewindBoth(const std::string& to = "2000-01-01 00:00:00") {
+        for (const char* name : {"Centro", "Praia"})
+            ASSERT_EQ(Host({"state", "set", name, "--entities", to, "--transactions", to}), 0);
+    }
+
+    // Adds to Centro two cash movements alike in every field at the same second, and two sales
+    // alike in every field at the same second whose DocumentIDs give no number.
+    void AddTwins() {
+        centroDatabase->Execute(
+            "INSERT INTO cashdrawer_movements (MovementTypeID, MovementFlow, SalesmanUID, EntityUID,"
+            " Date, value, DocumentID, description) SELECT 3, 0, MIN(uid), NULL,"
+            " '2020-02-02 10:00:00', 1250, '', 'Troco' FROM salesmans");
+        centroDatabase->Execute(
+            "INSERT INTO cashdrawer_movements (MovementTypeID, MovementFlow, SalesmanUID, EntityUID,"
+            " Date, value, DocumentID, description) SELECT MovementTypeID, MovementFlow, SalesmanUID,"
+            " EntityUID, Date, value, DocumentID, description FROM cashdrawer_movements"
+            " WHERE Date = '2020-02-02 10:00:00'");
+        for (const char* id : {"T1", "T2"}) {
+            centroDatabase->Execute(
+                std::string("INSERT INTO transactionsheaders (DocumentTypeUID, DocumentID,"
+                            " CreateSalesmanUID, CustomerUID, TransactionStatus, TableTotal,"
+                            " CreateDate, ModifyDate) SELECT 17, '") +
+                id + "', MIN(uid), NULL, 'N', 300, '2020-02-02 11:00:00', '2020-02-02 11:00:00'"
+                     " FROM salesmans");
+            centroDatabase->Execute(
+                std::string("INSERT INTO transactionsdetails (TransactionUID, PluUid, PluName,"
+                            " Quantity, PluUnitPrice, DiscountPercentage, DiscountValue, SaleValue,"
+                            " SaleTaxUID, SalesmanUID) SELECT h.UID, (SELECT MIN(UID) FROM plus),"
+                            " 'Twin', 2, 150, 0, 0, 300, (SELECT MIN(uid) FROM taxes),"
+                            " h.CreateSalesmanUID FROM transactionsheaders h WHERE h.DocumentID = '") +
+                id + "'");
+            centroDatabase->Execute(
+                std::string("INSERT INTO transactionstenders (TransactionUID, PaymentTypeUID, value)"
+                            " SELECT h.UID, (SELECT MIN(uid) FROM paymenttypes WHERE code = '1'), 300"
+                            " FROM transactionsheaders h WHERE h.DocumentID = '") +
+                id + "'");
+        }
+    }
+};
+
+TEST_F(RecoveryTest, RewindAndImportAgainChangesNoTable) {
+    StoreAllDocumentSettings();
+    AddTwins();
+    const HostRun first = Execute();
+    ASSERT_EQ(first.exit, 0) << first.out << first.err;
+    const auto before = DocumentTables();
+    // Everything the run brings: documents numbered by the source and by the back office, refunds,
+    // credit sales, cash documents of every kind, and receipts that settle credit sales.
+    EXPECT_GE(Count("SELECT COUNT(*) FROM documents WHERE NumberAssigned = 1 AND Kind IN (1, 2, 4)"), 2);
+    EXPECT_GT(Count("SELECT COUNT(*) FROM documents WHERE State = 5"), 0);
+    for (const char* type : {"EC", "SC", "ADC", "PCL", "FAC"})
+        EXPECT_GT(Count(std::string("SELECT COUNT(*) FROM documents WHERE DocumentTypeID = '") + type + "'"), 0) << type;
+    EXPECT_GT(Count("SELECT COUNT(*) FROM account_settlements"), 0);
+    // The twins are two documents each, never one.
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM documents WHERE SeriesID = 'CEN' AND DocumentTypeID = 'SC'"
+                    " AND DocumentDate = '2020-02-02 10:00:00'"), 2);
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM documents WHERE SeriesID = 'CEN' AND DocumentTypeID = 'VB'"
+                    " AND DocumentDate = '2020-02-02 11:00:00'"), 2);
+
+    RewindBoth();
+    NextSecond();
+    const HostRun again = Execute();
+    ASSERT_EQ(again.exit, 0) << again.out << again.err;
+    EXPECT_NE(SummaryOf(again, "Centro").at(6), " - Mov.Caixa: 0");  // it did import them again
+    const auto after = DocumentTables();
+    for (const std::string& table : kDocumentTables) {
+        EXPECT_EQ(after.count(table) ? after.at(table) : std::vector<std::string>{},
+                  before.count(table) ? before.at(table) : std::vector<std::string>{})
+            << table;
+    }
+}
+
+TEST_F(RecoveryTest, ARecordChangedInTheRestaurantReplacesItsEarlierVersion) {
+    StoreAllDocumentSettings();
+    AddTwins();
+    ASSERT_EQ(Execute().exit, 0);
+    const long documents = Count("SELECT COUNT(*) FROM documents");
+    const std::string drawer = Value("SELECT SUM(Amount) FROM cash_movements");
+
+    // One of the two twin sales is changed; the next run selects it alone.
+    NextSecond();
+    centroDatabase->Execute("UPDATE transactionsheaders SET TableTotal = 350, ModifyDate = NOW()"
+                            " WHERE DocumentID = 'T2'");
+    NextSecond();
+    ASSERT_EQ(Execute().exit, 0);
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM documents"), documents);
+    EXPECT_EQ(Value("SELECT GROUP_CONCAT(Total, ' ') FROM (SELECT Total FROM documents WHERE"
+                    " SeriesID = 'CEN' AND DocumentDate = '2020-02-02 11:00:00' ORDER BY Total)"),
+              "3.0 3.5");
+
+    // One of the two twin withdrawals is changed; after a rewind it replaces its former version.
+    centroDatabase->Execute("UPDATE cashdrawer_movements SET value = 2000 WHERE Date ="
+                            " '2020-02-02 10:00:00' ORDER BY UID DESC LIMIT 1");
+    RewindBoth("2020-01-01 00:00:00");
+    NextSecond();
+    ASSERT_EQ(Execute().exit, 0);
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM documents"), documents);
+    EXPECT_EQ(Value("SELECT GROUP_CONCAT(Total, ' ') FROM (SELECT Total FROM documents WHERE"
+                    " SeriesID = 'CEN' AND DocumentDate = '2020-02-02 10:00:00' ORDER BY Total)"),
+              "12.0 20.0");
+    EXPECT_EQ(std::stod(Value("SELECT SUM(Amount) FROM cash_movements")), std::stod(drawer) - 8.0);
+}
+
+TEST_F(RecoveryTest, ARestaurantWhoseWorkstationChangedReplacesItsOwnDocuments) {
+    StoreSettings(true);
+    ASSERT_EQ(Execute().exit, 0);
+    const long documents = Count("SELECT COUNT(*) FROM documents");
+    // The settings stored again as they stand after the run, but for Centro's workstation.
+    centro.WorkstationID = 3;
+    for (auto* restaurant : {&centro, &praia}) {
+        const ImportDates dates = DatesOf(restaurant->Name);
+        restaurant->ImportDateEntities = dates.entities;
+        restaurant->ImportDateTransactions = dates.transactions;
+    }
+    StoreSettings(true);
+    NextSecond();
+    // The first document in Centro's order is changed: every one after it still comes.
+    centroDatabase->Execute("UPDATE transactionsheaders SET ModifyDate = NOW() ORDER BY DocumentID LIMIT 5");
+    NextSecond();
+    const HostRun run = Execute();
+    EXPECT_EQ(run.exit, 0) << run.err;
+    EXPECT_EQ(SummaryOf(run, "Centro").at(5), " - Transacções: 5");
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM documents"), documents);
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM documents WHERE SeriesID = 'CEN' AND WorkstationID = 3"), 5);
+}
+
+TEST_F(RecoveryTest, TwoRestaurantsInOneSeriesAreRefusedBeforeARunStarts) {
+    praia.TransSerial = "cen";  // the same series: codes compare without letter case
+    StoreSettings(true);
+    const HostRun run = Execute();
+    EXPECT_EQ(run.exit, 1);
+    EXPECT_NE(run.err.find("Os restaurantes 'Centro' e 'Praia' usam a mesma série de documentos 'CEN'"),
+              std::string::npos)
+        << run.err;
+    EXPECT_NE(run.err.find("a importação não começou"), std::string::npos) << run.err;
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM documents"), 0);
+    EXPECT_EQ(LogRows(), 0);
+    EXPECT_EQ(DatesOf("Centro").transactions, "2000-01-01 00:00:00");
+
+    for (std::vector<std::string> command : {std::vector<std::string>{"validate"}, {"check"}}) {
+        command.insert(command.begin(), {"--data", Data().string()});
+        std::ostringstream out, err;
+        EXPECT_NE(backoffice::cli::RunKitraHost(command, nullptr, out, err), 0) << command[2];
+        EXPECT_NE((out.str() + err.str()).find("usam a mesma série de documentos"), std::string::npos)
+            << command[2] << ": " << out.str() << err.str();
+    }
+}
+
+TEST_F(RecoveryTest, ARefundThatFailsLeavesNoNormalDocument) {
+    StoreSettings(true);
+    {
+        // The back office refuses to void any document: the refund after a refunded header's
+        // save fails.
+        BackOffice office(Data());
+        office.GetDatabase().Exec(
+            "CREATE TRIGGER refuse_void BEFORE UPDATE OF State ON documents WHEN NEW.State = 5 "
+            "BEGIN SELECT RAISE(ABORT, 'anulação recusada'); END");
+    }
+    const HostRun run = Execute();
+    EXPECT_EQ(run.exit, 3) << run.err;
+    EXPECT_NE(run.err.find("(etapa 'refundDoc'): "), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("anulação recusada"), std::string::npos) << run.err;
+    // The refunded header that failed is not in the back office at all, not even as a sale:
+    // Centro holds exactly the documents its importer counted before it.
+    const std::string counted = SummaryOf(run, "Centro").at(5);
+    ASSERT_TRUE(counted.starts_with(" - Transacções: ")) << counted;
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM documents WHERE SeriesID = 'CEN'"),
+              std::stol(counted.substr(17)));
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM documents WHERE State = 5"), 0);
+    EXPECT_EQ(IntegrityCheck(), "ok");
+}
+
+}  // namespace
+}  // namespace kitra::test
