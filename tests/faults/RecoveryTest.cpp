@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -240,6 +241,32 @@ TEST_F(RecoveryTest, ARefundThatFailsLeavesNoNormalDocument) {
               std::stol(counted.substr(17)));
     EXPECT_EQ(Count("SELECT COUNT(*) FROM documents WHERE State = 5"), 0);
     EXPECT_EQ(IntegrityCheck(), "ok");
+}
+
+TEST_F(RecoveryTest, ANullTotalSaysWhereTheStepStoppedAndReconcileShowsWhatWasLeft) {
+    StoreSettings(true);
+    // A restaurant whose total may be NULL (older databases allow it).
+    centroDatabase->Execute("ALTER TABLE transactionsheaders MODIFY TableTotal INT NULL");
+    centroDatabase->Execute("UPDATE transactionsheaders SET TableTotal = NULL WHERE DocumentID ="
+                            " (SELECT DocumentID FROM (SELECT DocumentID FROM transactionsheaders"
+                            " ORDER BY DocumentID LIMIT 1 OFFSET 10) x)");
+    const HostRun run = Execute();
+    EXPECT_EQ(run.exit, 3) << run.err;
+    EXPECT_NE(run.err.find("O passo 'Transacções' parou no registo '"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("(etapa 'TableTotal'): Invalid use of Null"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("Os registos seguintes desse passo não foram importados."),
+              std::string::npos)
+        << run.err;
+    EXPECT_NE(run.err.find("A causa está nos dados do restaurante"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("kitra-host --data " + Data().string() + " reconcile Centro"),
+              std::string::npos)
+        << run.err;
+
+    std::ostringstream out, err;
+    EXPECT_EQ(backoffice::cli::RunKitraHost({"--data", Data().string(), "reconcile", "Centro"},
+                                            nullptr, out, err),
+              3)
+        << out.str() << err.str();
 }
 
 }  // namespace
