@@ -200,6 +200,13 @@ void PrintText(std::ostream& out, std::ostream& err, const CommandContext& conte
             out << "... e mais " << o.differences.size() - shown
                 << " (--all mostra todas as diferenças).\n";
         }
+        const bool stops = std::any_of(o.differences.begin(), o.differences.end(), [](const Difference& d) {
+            return d.restaurant && !d.restaurant->unimportable.empty();
+        });
+        if (stops) {
+            out << "Corrija primeiro no restaurante o que a importação não consegue guardar: a "
+                   "importação pára nesse registo.\n";
+        }
         const std::vector<std::string> rewind = RewindCommands(context, r);
         if (!rewind.empty()) {
             out << "Para importar de novo o que falta ou difere, recue a data das transacções de '"

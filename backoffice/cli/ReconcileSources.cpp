@@ -135,6 +135,13 @@ std::vector<Record> RestaurantDocuments(ado::Connection& connection, const Docum
         r.salesman = SalesmanFromUid(Known(known.salesmen, CodeOf(rows["SalesmanID"])));
         r.cents = Cents(Hundredths(rows["TableTotal"]));
         r.voided = TextOf(rows["TransactionStatus"]) != "N";
+        for (const char* needed : {"CreateDate", "TableTotal", "TransactionStatus"}) {
+            if (rows[needed].IsNull()) {
+                r.unimportable = std::string("o restaurante não lhe dá ") + needed +
+                                 ": a importação pára nele e não guarda os seguintes";
+                break;
+            }
+        }
         records.push_back(std::move(r));
     }
     return records;

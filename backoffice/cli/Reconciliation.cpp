@@ -143,8 +143,8 @@ void Reconcile(Kind kind, std::vector<Record> restaurant, std::vector<Record> ba
         d.differs = std::move(differs);
         if (!r) {
             obstacle = "já não está no restaurante: importar de novo não o tira da retaguarda";
-        } else if (obstacle.empty() && r->date.empty()) {
-            obstacle = "o restaurante não lhe dá data: a importação não o consegue guardar";
+        } else if (!r->unimportable.empty()) {
+            obstacle = r->unimportable;
         } else if (obstacle.empty() && r->selectedBy.empty()) {
             obstacle = "o restaurante não lhe dá data de alteração: a importação nunca o escolhe";
         }

@@ -55,6 +55,9 @@ struct Record {
     // none and the import never selects it.
     std::string source;
     std::string selectedBy;
+    // Why the import cannot save it as the restaurant has it (a value it needs is missing); the
+    // import's step stops there, so the restaurant must mend it before a rewind helps.
+    std::string unimportable;
     // From the back office only: its key.
     std::int32_t key = 0;
 };

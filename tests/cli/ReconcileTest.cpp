@@ -377,6 +377,21 @@ TEST_F(ReconcileTest, ADocumentMovedToAnotherMomentAndCustomerDiffers) {
         << r.out;
 }
 
+TEST_F(ReconcileTest, ADocumentTheImportCannotSaveIsNamedWithWhatItLacks) {
+    Restaurant("ALTER TABLE transactionsheaders MODIFY TableTotal INT NULL");
+    Import();
+    Restaurant("UPDATE transactionsheaders SET TableTotal = NULL, ModifyDate = '2024-06-05 00:00:00' WHERE UID = 2");
+    const HostResult r = Run("reconcile");
+    EXPECT_EQ(r.exit, 3) << r.out;
+    EXPECT_NE(r.out.find("VB EXT/2  [FT0000002, alterado em 2024-06-05 00:00:00]  total: restaurante 0,00, "
+                         "retaguarda 4,50 (o restaurante não lhe dá TableTotal: a importação pára nele e não "
+                         "guarda os seguintes)\n"),
+              std::string::npos)
+        << r.out;
+    EXPECT_NE(r.out.find("Corrija primeiro no restaurante"), std::string::npos) << r.out;
+    EXPECT_EQ(r.out.find("state set"), std::string::npos) << r.out;
+}
+
 TEST_F(ReconcileTest, ADocumentNumberedByTheBackOfficeIsFoundByItsMomentCustomerAndSalesman) {
     Import();
     // The sale of salesman 10005 (kept under 5) whose DocumentID gives no number: another total.
