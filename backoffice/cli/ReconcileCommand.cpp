@@ -48,12 +48,12 @@ std::string PeriodBound(const std::string& option, const std::string& text, bool
                      "hh:mm:ss\": '" + text + "'.");
 }
 
-RestaurantResult ReconcileRestaurant(const RestaurantSettings& settings, const std::string& settingsText,
-                                     const DocumentTypes& types, const KnownCodes& known,
-                                     const Database& database, const Period& period) {
+RestaurantResult ReconcileRestaurant(const RestaurantSettings& settings, const DocumentTypes& types,
+                                     const KnownCodes& known, const Database& database,
+                                     const Period& period) {
     RestaurantResult result;
     result.name = settings.name;
-    result.series = StoredSeries(settingsText, settings.name);
+    result.series = settings.series;
     result.importDate = settings.importDateTransactions;
     result.types = types;
     const std::vector<std::string> problems = RestaurantSettingsProblems(settings);
@@ -356,7 +356,7 @@ int RunReconcile(CommandContext& context) {
     const KnownCodes known = ReadKnownCodes(office.GetDatabase());
     std::vector<RestaurantResult> results;
     for (const RestaurantSettings& restaurant : restaurants)
-        results.push_back(ReconcileRestaurant(restaurant, *stored, types, known, office.GetDatabase(), period));
+        results.push_back(ReconcileRestaurant(restaurant, types, known, office.GetDatabase(), period));
 
     bool unreadable = false, differs = false;
     for (const RestaurantResult& r : results) {

@@ -293,18 +293,6 @@ DocumentTypes StoredDocumentTypes(const std::string& settingsText) {
     return types;
 }
 
-std::string StoredSeries(const std::string& settingsText, const std::string& restaurant) {
-    pugi::xml_document document;
-    document.load_buffer(settingsText.data(), settingsText.size(),
-                         pugi::parse_default | pugi::parse_fragment, pugi::encoding_utf8);
-    for (pugi::xml_node list : document.document_element().children("Restaurants")) {
-        for (pugi::xml_node element : list.children("Restaurant")) {
-            if (restaurant == element.attribute("Name").value()) return element.attribute("TransSerial").value();
-        }
-    }
-    return {};
-}
-
 KnownCodes ReadKnownCodes(const Database& database) {
     KnownCodes known;
     Statement customers(database, "SELECT CustomerID FROM customers");

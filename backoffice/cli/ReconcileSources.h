@@ -23,10 +23,9 @@ struct Period {
     std::string to;
 };
 
-// What reconcile reads of the stored settings beyond the restaurants' connection: the document
-// types of the root, and a restaurant's series (TransSerial).
+// The document types of the stored settings' root, which the back office's settings of each
+// restaurant do not carry.
 DocumentTypes StoredDocumentTypes(const std::string& settingsText);
-std::string StoredSeries(const std::string& settingsText, const std::string& restaurant);
 
 // The customers and salesmen the back office has: a document of another customer or salesman is
 // imported with 0.
