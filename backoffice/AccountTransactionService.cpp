@@ -81,10 +81,11 @@ std::vector<host::LedgerEntry> OpenEntries(const Database& database, std::int32_
 
 // The receipt saved before that this one is again: by its number, or, when the source gave
 // none, the receipt the back office numbered for the same moment, customer and salesman that
-// no other receipt of the step was matched to. 0 for a new receipt.
-std::int32_t ReceiptKeyOf(const Database& database, const host::AccountTransaction& t,
-                          const std::set<std::int32_t>& taken) {
-    if (t.DocumentNumber != 0) return KeyOf(database, t.DocumentTypeID, t.SeriesID, t.DocumentNumber);
+// no other receipt of the step was matched to. Key 0 for a new receipt.
+SavedIdentity ReceiptSavedBefore(const Database& database, const host::AccountTransaction& t,
+                                 const std::set<std::int32_t>& taken) {
+    if (t.DocumentNumber != 0)
+        return {KeyOf(database, t.DocumentTypeID, t.SeriesID, t.DocumentNumber), t.DocumentNumber};
     return NumberedHereMatch(database,
                              {t.DocumentTypeID, t.SeriesID, t.DocumentDate,
                               RoundToInt32(t.CustomerID), RoundToInt32(t.SalesmanID), std::nullopt,
@@ -157,7 +158,7 @@ host::LedgerAccounts AccountTransactionBusiness::LedgerAccountList() const {
     // lives no longer than this business object, nor this object than its database.
     const Database* database = &database_;
     const std::int32_t customer = RoundToInt32(transaction_.CustomerID);
-    const std::int32_t receiptKey = ReceiptKeyOf(database_, transaction_, taken_);
+    const std::int32_t receiptKey = ReceiptSavedBefore(database_, transaction_, taken_).key;
     return host::LedgerAccounts(
         [database, customer, receiptKey](const std::string& documentTypeID,
                                          const std::string& seriesID,
@@ -217,18 +218,17 @@ void AccountTransactionService::Save(host::AccountTransaction& t) {
     const DateTime now = clock_.Now();
 
     const bool numberAssigned = t.DocumentNumber == 0;
-    std::int32_t key = ReceiptKeyOf(database_, t, taken_);
+    const SavedIdentity saved = ReceiptSavedBefore(database_, t, taken_);
+    std::int32_t key = saved.key;
     if (numberAssigned) {
-        t.DocumentNumber = key != 0 ? NumberOf(database_, key)
-                                    : NextFreeNumber(database_, t.DocumentTypeID, t.SeriesID);
+        t.DocumentNumber =
+            key != 0 ? saved.number : NextFreeNumber(database_, t.DocumentTypeID, t.SeriesID);
     }
-    std::string former, formerText;
+    std::optional<FormerDocument> former;
     if (key != 0) {
         // Another version of a saved receipt: it gives back what it settled before this one
         // settles anything. A version that changes nothing is undone at the end.
-        former = Snapshot(database_, key);
-        formerText = FormerVersion(database_, key);
-        database_.Exec("SAVEPOINT version");
+        former = OpenVersion(database_, key);
         Statement reopen(database_,
                          "UPDATE account_entries SET OpenAmount = round(OpenAmount + (SELECT "
                          "SUM(s.Amount) FROM account_settlements s WHERE s.EntryID = "
@@ -275,15 +275,7 @@ void AccountTransactionService::Save(host::AccountTransaction& t) {
     }
     if (t.Credit >= kNoAmount) WriteEntry(database_, key, "C", document, t.Credit, t.Credit);
     taken_.insert(key);
-    if (!former.empty()) {
-        if (Snapshot(database_, key) == former) {
-            database_.Exec("ROLLBACK TO version; RELEASE version");
-        } else {
-            database_.Exec("RELEASE version");
-            KeepInHistory(database_, key, t.DocumentTypeID, t.SeriesID, t.DocumentNumber,
-                          "replaced", now, formerText);
-        }
-    }
+    if (former) EndVersion(database_, key, *former, t.DocumentTypeID, t.SeriesID, t.DocumentNumber, now);
     write.Commit();
 }
 

@@ -329,31 +329,26 @@ void WriteCashMovements(Database& database, std::int32_t key, const host::Transa
 }
 
 
-std::int32_t NumberedHereMatch(const Database& database, const SourceMoment& moment,
-                               const std::set<std::int32_t>& taken) {
+SavedIdentity NumberedHereMatch(const Database& database, const SourceMoment& moment,
+                                const std::set<std::int32_t>& taken) {
     Statement find(database,
-                   "SELECT DocumentKey, Total, Comment FROM documents INDEXED BY documents_numbered_here "
-                   "WHERE SeriesID=? AND DocumentTypeID=? AND DocumentDate=? AND NumberAssigned=1 "
-                   "AND CustomerID=? AND SalesmanID=? ORDER BY DocumentKey");
+                   "SELECT DocumentKey, DocumentNumber, Total, Comment FROM documents "
+                   "INDEXED BY documents_numbered_here WHERE SeriesID=? AND DocumentTypeID=? AND "
+                   "DocumentDate=? AND NumberAssigned=1 AND CustomerID=? AND SalesmanID=? "
+                   "ORDER BY DocumentKey");
     find.Bind({Variant(moment.series), Variant(moment.type), Variant(moment.date),
                Variant(moment.customer), Variant(moment.salesman)});
-    std::int32_t first = 0;
+    SavedIdentity first;
     while (find.Step()) {
-        const std::int32_t key = find.Column(0).ToInt32();
-        if (taken.contains(key)) continue;
-        if (!moment.total) return key;
-        if (RoundMoney(find.Column(1).ToDouble()) == RoundMoney(*moment.total) &&
-            find.ColumnText(2) == moment.comment)
-            return key;
-        if (first == 0) first = key;
+        const SavedIdentity found{find.Column(0).ToInt32(), find.Column(1).ToInt32()};
+        if (taken.contains(found.key)) continue;
+        if (!moment.total) return found;
+        if (RoundMoney(find.Column(2).ToDouble()) == RoundMoney(*moment.total) &&
+            find.ColumnText(3) == moment.comment)
+            return found;
+        if (first.key == 0) first = found;
     }
     return first;
-}
-
-std::int32_t NumberOf(const Database& database, std::int32_t key) {
-    Statement number(database, "SELECT DocumentNumber FROM documents WHERE DocumentKey=?");
-    number.Bind({Variant(key)});
-    return number.Step() ? number.Column(0).ToInt32() : 0;
 }
 
 std::string Snapshot(const Database& database, std::int32_t key) {
@@ -398,6 +393,24 @@ std::string Snapshot(const Database& database, std::int32_t key) {
         text += '\x1d';
     }
     return text;
+}
+
+FormerDocument OpenVersion(Database& database, std::int32_t key) {
+    FormerDocument former{Snapshot(database, key), FormerVersion(database, key)};
+    database.Exec("SAVEPOINT version");
+    return former;
+}
+
+bool EndVersion(Database& database, std::int32_t key, const FormerDocument& former,
+                const std::string& type, const std::string& series, std::int32_t number,
+                const DateTime& when, bool keepOpen) {
+    if (Snapshot(database, key) == former.snapshot) {
+        database.Exec("ROLLBACK TO version; RELEASE version");
+        return false;
+    }
+    KeepInHistory(database, key, type, series, number, "replaced", when, former.text);
+    if (!keepOpen) database.Exec("RELEASE version");
+    return true;
 }
 
 }  // namespace kitra::backoffice

@@ -40,16 +40,34 @@ struct SourceMoment {
     std::optional<double> total;  // unknown yet for a receipt being built
     std::string comment;
 };
-std::int32_t NumberedHereMatch(const Database& database, const SourceMoment& moment,
-                               const std::set<std::int32_t>& taken);
-// Its number.
-std::int32_t NumberOf(const Database& database, std::int32_t key);
+struct SavedIdentity {
+    std::int32_t key = 0;
+    std::int32_t number = 0;
+};
+SavedIdentity NumberedHereMatch(const Database& database, const SourceMoment& moment,
+                                const std::set<std::int32_t>& taken);
 
 // Everything a saved document is and does (header, lines, VAT, payments, stock movements,
 // current-account entry and what receipts settle, drawer movements), but when it was saved and
 // stamped: two versions with the same text are the same document, and saving the second would
 // change nothing.
 std::string Snapshot(const Database& database, std::int32_t key);
+
+// A new version of a saved document is written inside the savepoint "version", so that one
+// that changes nothing can be undone. OpenVersion keeps what the document is (its Snapshot and
+// its FormerVersion for the history) and opens the savepoint.
+struct FormerDocument {
+    std::string snapshot;
+    std::string text;
+};
+FormerDocument OpenVersion(Database& database, std::int32_t key);
+// Once the new version is written: when it is the former one again, undoes it (the document
+// keeps its rows, keys, stamps and history) and answers false; otherwise keeps the former
+// version in the history ("replaced") and answers true. The savepoint is released, or, with
+// `keepOpen` and a version that changed, left open (a refund may yet make it the former one).
+bool EndVersion(Database& database, std::int32_t key, const FormerDocument& former,
+                const std::string& type, const std::string& series, std::int32_t number,
+                const DateTime& when, bool keepOpen = false);
 
 // A readable copy of a saved document (header, lines, payments).
 std::string FormerVersion(const Database& database, std::int32_t key);

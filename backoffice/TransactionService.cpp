@@ -148,28 +148,6 @@ bool RefundMayFollow(host::DocumentKind kind) {
            kind == host::DocumentKind::CreditSale;
 }
 
-// Decides about the version savepoint of a document saved again: a version that changes
-// nothing is undone (the document keeps its rows, stamps and history as they were); any other
-// keeps its former version in the history, inside the savepoint, which stays open when a refund
-// may follow (voided, the new version may be the former one again). Whether it is still open.
-bool KeepVersionIfChanged(Database& database, std::int32_t key, const std::string& former,
-                          const std::string& formerText, const DateTime& when, bool refundMayFollow) {
-    if (Snapshot(database, key) == former) {
-        database.Exec("ROLLBACK TO version; RELEASE version");
-        return false;
-    }
-    Statement identity(database,
-                       "SELECT DocumentTypeID, SeriesID, DocumentNumber FROM documents "
-                       "WHERE DocumentKey=?");
-    identity.Bind({Variant(key)});
-    identity.Step();
-    KeepInHistory(database, key, identity.ColumnText(0), identity.ColumnText(1),
-                  identity.Column(2).ToInt32(), "replaced", when, formerText);
-    if (refundMayFollow) return true;
-    database.Exec("RELEASE version");
-    return false;
-}
-
 // Marks the document void, reverses every stock movement not yet reversed and cancels what is
 // open of its current-account entry.
 void Void(Database& database, std::int32_t key, const DateTime& when) {
@@ -215,34 +193,36 @@ void TransactionService::Save(host::Transaction& transaction) {
     }
 
     const DateTime now = clock_.Now();
-    bool numberAssigned = false;
+    const bool numberAssigned = transaction.DocumentNumber == 0;
     std::int32_t key = 0;
-    if (transaction.DocumentNumber == 0) {
+    if (numberAssigned) {
         // The source gave no number: the document it is again, if it was imported before, else
         // the series' next free number.
-        numberAssigned = true;
-        key = NumberedHereMatch(
+        const SavedIdentity saved = NumberedHereMatch(
             database_,
             {transaction.DocumentTypeID, transaction.SeriesID, transaction.DocumentDate,
              RoundToInt32(transaction.CustomerID), RoundToInt32(transaction.SalesmanID),
              transaction.Total, transaction.Comment},
             taken_);
-        transaction.DocumentNumber = key != 0 ? NumberOf(database_, key)
-                                              : NextFreeNumber(database_, transaction.DocumentTypeID,
-                                                               transaction.SeriesID);
+        key = saved.key;
+        transaction.DocumentNumber =
+            key != 0 ? saved.number
+                     : NextFreeNumber(database_, transaction.DocumentTypeID, transaction.SeriesID);
     } else {
         key = KeyOf(database_, transaction.DocumentTypeID, transaction.SeriesID,
                     transaction.DocumentNumber);
     }
-    Held held;
+    // Held, the record keeps the write lock until the next write; so only inside a group of
+    // records, which keeps it anyway. Committed at once, a record never waits for the next.
+    const bool hold = RefundMayFollow(kind) &&
+                      transaction.StateCode != host::document_state::kVoid &&
+                      database_.SharesCommits();
+    std::optional<FormerDocument> former;
     double settled = 0;
     if (key != 0) {
         // Another version of a saved document, whatever workstation made either: the series
         // belongs to one restaurant, so the document is that restaurant's.
-        held.replaced = true;
-        held.former = Snapshot(database_, key);
-        held.formerText = FormerVersion(database_, key);
-        database_.Exec("SAVEPOINT version");
+        former = OpenVersion(database_, key);
         settled = SettledOf(database_, key);
         RemoveChildren(database_, key);
     }
@@ -255,25 +235,20 @@ void TransactionService::Save(host::Transaction& transaction) {
         WriteCashMovements(database_, key, transaction);
     }
     taken_.insert(key);
-    held.key = key;
 
-    const bool refundMayFollow =
-        RefundMayFollow(kind) && transaction.StateCode != host::document_state::kVoid;
-    if (held.replaced) {
-        held.replaced = KeepVersionIfChanged(database_, key, held.former, held.formerText, now,
-                                             refundMayFollow);
+    Held held{key, std::nullopt};
+    if (former && EndVersion(database_, key, *former, transaction.DocumentTypeID,
+                             transaction.SeriesID, transaction.DocumentNumber, now, hold) &&
+        hold) {
+        held.changedFrom = std::move(former->snapshot);
     }
-    // Held, the record keeps the write lock until the next write; so only inside a group of
-    // records, which keeps it anyway. Committed at once, a record never waits for the next.
-    if (!refundMayFollow || !database_.SharesCommits()) {
-        if (held.replaced) database_.Exec("RELEASE version");
-        held.replaced = false;
+    if (!hold) {
         write.Commit();
         return;
     }
     // A refund may follow: the document and its refund are one record.
     Database& database = database_;
-    const bool versionOpen = held.replaced;
+    const bool versionOpen = held.changedFrom.has_value();
     write.Hold(key, [&database, versionOpen] {
         if (versionOpen) database.Exec("RELEASE version");
     });
@@ -300,9 +275,9 @@ void TransactionService::Refund(host::Transaction& transaction) {
     }
     const std::string beforeVoid = FormerVersion(database_, key);
     Void(database_, key, now);
-    if (held && held->replaced) {
+    if (held && held->changedFrom) {
         // A former version that differed from the new one is open in the version savepoint.
-        if (Snapshot(database_, key) == held->former) {
+        if (Snapshot(database_, key) == *held->changedFrom) {
             // Saved and voided again as it was: nothing changed, nor the history.
             database_.Exec("ROLLBACK TO version; RELEASE version");
             write.Commit();

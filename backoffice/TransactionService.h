@@ -66,9 +66,9 @@ private:
     // write, so that the refund the source may give it right after joins it.
     struct Held {
         std::int32_t key = 0;
-        bool replaced = false;    // a former version existed
-        std::string former;       // its Snapshot
-        std::string formerText;   // its FormerVersion, for the history
+        // The Snapshot of a former version that differed from the new one, whose version
+        // savepoint is open: voided, the new one may be the former one again.
+        std::optional<std::string> changedFrom;
     };
 
     Database& database_;
