@@ -44,6 +44,8 @@ public:
     static SettingsDocument Parse(std::string_view text);
 
     std::vector<RestaurantSettings> Restaurants() const;
+    // An attribute of the root (a document type key, say); empty when it is not there.
+    std::string RootAttribute(const char* name) const { return Root().attribute(name).value(); }
 
     // What the host refuses to store: a restaurant without a name or valid import dates, a
     // name longer than the log table holds, a connection value that would change the

@@ -17,6 +17,7 @@
 #include "backoffice/BackOffice.h"
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
+#include "backoffice/cli/JsonText.h"
 #include "backoffice/cli/ConnectorSession.h"
 #include "backoffice/cli/RestaurantServer.h"
 #include "core/Clock.h"
@@ -142,21 +143,6 @@ RestaurantCheck Check(const RestaurantSettings& settings) {
     CheckServer(settings, check);
     if (check.pending.empty()) check.pending.assign(std::size(kImporters), std::nullopt);
     return check;
-}
-
-std::string Json(const std::string& text) {
-    std::string quoted = "\"";
-    for (unsigned char c : text) {
-        if (c == '"' || c == '\\') {
-            quoted += '\\';
-            quoted += static_cast<char>(c);
-        } else if (c < 0x20) {
-            quoted += fmt::format("\\u{:04x}", c);
-        } else {
-            quoted += static_cast<char>(c);
-        }
-    }
-    return quoted + "\"";
 }
 
 std::string JsonList(const std::vector<std::string>& texts) {

@@ -11,6 +11,7 @@
 #include "backoffice/BackOffice.h"
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
+#include "backoffice/cli/JsonText.h"
 #include "backoffice/cli/PastableCommand.h"
 #include "backoffice/cli/ReconcileSources.h"
 #include "backoffice/cli/Reconciliation.h"
@@ -218,21 +219,6 @@ void PrintText(std::ostream& out, std::ostream& err, const CommandContext& conte
     }
 }
 
-std::string Json(const std::string& text) {
-    std::string quoted = "\"";
-    for (unsigned char c : text) {
-        if (c == '"' || c == '\\') {
-            quoted += '\\';
-            quoted += static_cast<char>(c);
-        } else if (c < 0x20) {
-            quoted += fmt::format("\\u{:04x}", c);
-        } else {
-            quoted += static_cast<char>(c);
-        }
-    }
-    return quoted + "\"";
-}
-
 std::string JsonOrNull(const std::string& text) { return text.empty() ? "null" : Json(text); }
 
 std::string JsonMoney(std::int64_t cents) {
@@ -334,8 +320,11 @@ int RunReconcile(CommandContext& context) {
         return kExitFailure;
     }
     std::vector<RestaurantSettings> restaurants;
+    DocumentTypes types;
     try {
-        restaurants = SettingsDocument::Parse(*stored).Restaurants();
+        const SettingsDocument settings = SettingsDocument::Parse(*stored);
+        restaurants = settings.Restaurants();
+        types = DocumentTypesOf(settings);
     } catch (const Error& error) {
         context.err << "kitra-host: as configurações guardadas não se deixam ler: " << error.Description() << "\n";
         return kExitFailure;
@@ -352,7 +341,6 @@ int RunReconcile(CommandContext& context) {
             return kExitFailure;
         }
     }
-    const DocumentTypes types = StoredDocumentTypes(*stored);
     const KnownCodes known = ReadKnownCodes(office.GetDatabase());
     std::vector<RestaurantResult> results;
     for (const RestaurantSettings& restaurant : restaurants)

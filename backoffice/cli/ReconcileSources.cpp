@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include <fmt/format.h>
-#include <pugixml.hpp>
 
 #include "ado/Recordset.h"
 #include "core/DateTime.h"
@@ -277,19 +276,15 @@ std::int32_t SalesmanFromUid(std::int32_t code) {
     return code > kSalesmanUidBase ? (code - kSalesmanUidBase) % 1000 : code;
 }
 
-DocumentTypes StoredDocumentTypes(const std::string& settingsText) {
-    pugi::xml_document document;
-    document.load_buffer(settingsText.data(), settingsText.size(),
-                         pugi::parse_default | pugi::parse_fragment, pugi::encoding_utf8);
-    const pugi::xml_node root = document.document_element();
+DocumentTypes DocumentTypesOf(const SettingsDocument& settings) {
     DocumentTypes types;
-    types.invoice = root.attribute("InvoiceTransDocument").value();
-    types.creditSale = root.attribute("CreditTransDocument").value();
-    types.stockDocument = root.attribute("StockTransDocument").value();
-    types.cashEntrance = root.attribute("CashEntranceTransDocument").value();
-    types.cashWithdrawal = root.attribute("CashWithdrawalTransDocument").value();
-    types.paymentOnAccount = root.attribute("CustomerPaymentAccountDocument").value();
-    types.customerPayment = root.attribute("CustomerPaymentTransDocument").value();
+    types.invoice = settings.RootAttribute("InvoiceTransDocument");
+    types.creditSale = settings.RootAttribute("CreditTransDocument");
+    types.stockDocument = settings.RootAttribute("StockTransDocument");
+    types.cashEntrance = settings.RootAttribute("CashEntranceTransDocument");
+    types.cashWithdrawal = settings.RootAttribute("CashWithdrawalTransDocument");
+    types.paymentOnAccount = settings.RootAttribute("CustomerPaymentAccountDocument");
+    types.customerPayment = settings.RootAttribute("CustomerPaymentTransDocument");
     return types;
 }
 

@@ -12,6 +12,7 @@
 
 #include "ado/Connection.h"
 #include "backoffice/Database.h"
+#include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Reconciliation.h"
 
 namespace kitra::backoffice::cli::reconcile {
@@ -23,9 +24,8 @@ struct Period {
     std::string to;
 };
 
-// The document types of the stored settings' root, which the back office's settings of each
-// restaurant do not carry.
-DocumentTypes StoredDocumentTypes(const std::string& settingsText);
+// The document types of the settings' root, which the settings of each restaurant do not carry.
+DocumentTypes DocumentTypesOf(const SettingsDocument& settings);
 
 // The customers and salesmen the back office has: a document of another customer or salesman is
 // imported with 0.
