@@ -331,24 +331,35 @@ void WriteCashMovements(Database& database, std::int32_t key, const host::Transa
 
 SavedIdentity NumberedHereMatch(const Database& database, const SourceMoment& moment,
                                 const std::set<std::int32_t>& taken) {
+    // A customer or salesman is 0 when the back office did not have it when the document was
+    // saved (another restaurant may bring it later), so 0 on either side does not tell two
+    // documents apart; two known ones that differ do.
     Statement find(database,
-                   "SELECT DocumentKey, DocumentNumber, Total, Comment FROM documents "
-                   "INDEXED BY documents_numbered_here WHERE SeriesID=? AND DocumentTypeID=? AND "
-                   "DocumentDate=? AND NumberAssigned=1 AND CustomerID=? AND SalesmanID=? "
+                   "SELECT DocumentKey, DocumentNumber, CustomerID, SalesmanID, Total, Comment "
+                   "FROM documents INDEXED BY documents_numbered_here WHERE SeriesID=?1 AND "
+                   "DocumentTypeID=?2 AND DocumentDate=?3 AND NumberAssigned=1 AND "
+                   "(CustomerID=?4 OR CustomerID=0 OR ?4=0) AND (SalesmanID=?5 OR SalesmanID=0 OR ?5=0) "
                    "ORDER BY DocumentKey");
     find.Bind({Variant(moment.series), Variant(moment.type), Variant(moment.date),
                Variant(moment.customer), Variant(moment.salesman)});
-    SavedIdentity first;
+    // The closest: the same customer, then the same salesman, then the same total and comment;
+    // among equals the oldest.
+    SavedIdentity best;
+    int bestScore = -1;
     while (find.Step()) {
         const SavedIdentity found{find.Column(0).ToInt32(), find.Column(1).ToInt32()};
         if (taken.contains(found.key)) continue;
-        if (!moment.total) return found;
-        if (RoundMoney(find.Column(2).ToDouble()) == RoundMoney(*moment.total) &&
-            find.ColumnText(3) == moment.comment)
-            return found;
-        if (first.key == 0) first = found;
+        const int score =
+            4 * (find.Column(2).ToInt32() == moment.customer) +
+            2 * (find.Column(3).ToInt32() == moment.salesman) +
+            (moment.total && RoundMoney(find.Column(4).ToDouble()) == RoundMoney(*moment.total) &&
+             find.ColumnText(5) == moment.comment);
+        if (score > bestScore) {
+            best = found;
+            bestScore = score;
+        }
     }
-    return first;
+    return best;
 }
 
 std::string Snapshot(const Database& database, std::int32_t key) {

@@ -29,10 +29,11 @@ std::int32_t NextFreeNumber(const Database& database, const std::string& type,
                             const std::string& series);
 
 // The document the back office numbered itself (its source gave number 0) that a document
-// imported again is: same type and series, same date to the second, same customer and
-// salesman, and not yet taken by another document of the same batch (`taken`), so that two
-// source records never become one. Among those, one that also has the same total and comment
-// first, then the oldest. 0 when there is none.
+// imported again is: same type and series, same date to the second, the same customer and
+// salesman where both are known (0 is one the back office did not have), and not yet taken by
+// another document of the same batch (`taken`), so that two source records never become one.
+// Among those the closest (the same customer, salesman, total and comment), then the oldest.
+// Key 0 when there is none.
 struct SourceMoment {
     std::string type, series;
     DateTime date;

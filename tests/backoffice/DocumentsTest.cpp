@@ -272,6 +272,22 @@ TEST_F(Documents, ADocumentWithoutANumberChangedAtItsSourceReplacesItsFormerVers
     EXPECT_EQ(Value("SELECT Event FROM document_history"), "replaced");
 }
 
+TEST_F(Documents, ADocumentWithoutANumberIsFoundAgainOnceItsSalesmanIsKnown) {
+    // Imported first while the back office lacked its salesman (0), then again after another
+    // restaurant brought that salesman: the same document, now with the salesman.
+    auto first = NewDocument("VB", 0);
+    office->transactions.Save(first->Current());
+    auto again = NewDocument("VB", 0);
+    again->Current().SalesmanID = 4;
+    office->transactions.Save(again->Current());
+    EXPECT_EQ(Value("SELECT COUNT(*) || ' ' || SalesmanID FROM documents"), "1 4");
+    // Two known salesmen that differ are two documents.
+    auto other = NewDocument("VB", 0);
+    other->Current().SalesmanID = 5;
+    office->transactions.Save(other->Current());
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM documents"), "2");
+}
+
 TEST_F(Documents, ARefundedDocumentSavedAndRefundedAgainChangesNothing) {
     // During a run, whose records are grouped, a document and its refund are one record.
     backoffice::GroupedCommits grouped(office->GetDatabase(), 500, 60000);
