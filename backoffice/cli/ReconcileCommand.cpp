@@ -127,6 +127,8 @@ std::string Description(const Difference& d, const DocumentTypes& types, const s
             parts.push_back("data: restaurante " + r->date + ", retaguarda " + b->date);
         } else if (what == "customer") {
             parts.push_back(fmt::format("cliente: restaurante {}, retaguarda {}", r->customer, b->customer));
+        } else if (what == "salesman") {
+            parts.push_back(fmt::format("vendedor: restaurante {}, retaguarda {}", r->salesman, b->salesman));
         } else if (what == "settlements") {
             parts.push_back("liquida: restaurante " + CreditSaleNames(r->settles, types.creditSale, series) +
                             ", retaguarda " + CreditSaleNames(b->settles, types.creditSale, series));

@@ -127,6 +127,7 @@ void Reconcile(Kind kind, std::vector<Record> restaurant, std::vector<Record> ba
         std::vector<std::size_t> restaurant, backOffice;
     };
     std::map<std::string, Candidates> byKey;
+    std::vector<std::size_t> unmatchedRestaurant, unmatchedBackOffice;
     for (std::size_t i = 0; i < restaurant.size(); ++i) byKey[MatchKey(kind, restaurant[i])].restaurant.push_back(i);
     for (std::size_t i = 0; i < backOffice.size(); ++i) byKey[MatchKey(kind, backOffice[i])].backOffice.push_back(i);
 
@@ -200,10 +201,44 @@ void Reconcile(Kind kind, std::vector<Record> restaurant, std::vector<Record> ba
                 obstacle = "o restaurante tem outro documento com o mesmo tipo e número (" +
                            keeper->source + "): a retaguarda guarda só um";
             }
+            if (obstacle.empty() && (kind == Kind::CashMovements || r.numberedHere)) {
+                unmatchedRestaurant.push_back(ri);  // may yet be found with a customer unknown then
+                continue;
+            }
             add(&r, nullptr, {"missing"}, std::move(obstacle));
         }
-        for (std::size_t bi : bs) add(nullptr, &backOffice[bi], {"onlyInBackOffice"}, "");
+        unmatchedBackOffice.insert(unmatchedBackOffice.end(), bs.begin(), bs.end());
     }
+    // A document without a number saved while the back office lacked its customer or salesman
+    // (0 there) is the one the next import finds again and completes: one difference, not a
+    // missing document and another that only the back office has.
+    for (std::size_t ri : unmatchedRestaurant) {
+        const Record& r = restaurant[ri];
+        const auto sameOrUnknown = [](std::int32_t a, std::int32_t b) { return a == b || a == 0 || b == 0; };
+        auto best = unmatchedBackOffice.end();
+        for (auto b = unmatchedBackOffice.begin(); b != unmatchedBackOffice.end(); ++b) {
+            const Record& candidate = backOffice[*b];
+            if (candidate.numberedHere != r.numberedHere || FoldCase(candidate.type) != FoldCase(r.type) ||
+                candidate.date != r.date || !sameOrUnknown(candidate.customer, r.customer) ||
+                !sameOrUnknown(candidate.salesman, r.salesman))
+                continue;
+            if (best == unmatchedBackOffice.end() || (candidate.cents == r.cents && backOffice[*best].cents != r.cents))
+                best = b;
+        }
+        if (best == unmatchedBackOffice.end()) {
+            add(&r, nullptr, {"missing"}, "");
+            continue;
+        }
+        const Record& b = backOffice[*best];
+        std::vector<std::string> differs;
+        if (r.customer != b.customer) differs.push_back("customer");
+        if (r.salesman != b.salesman) differs.push_back("salesman");
+        if (r.cents != b.cents) differs.push_back("total");
+        if (kind == Kind::Documents && r.voided != b.voided) differs.push_back("state");
+        add(&r, &b, std::move(differs), "");
+        unmatchedBackOffice.erase(best);
+    }
+    for (std::size_t bi : unmatchedBackOffice) add(nullptr, &backOffice[bi], {"onlyInBackOffice"}, "");
 
     KindSummary& summary = outcome.Summary(kind);
     for (std::size_t i = 0; i < restaurant.size(); ++i) {

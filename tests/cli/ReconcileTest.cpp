@@ -408,6 +408,29 @@ TEST_F(ReconcileTest, ADocumentNumberedByTheBackOfficeIsFoundByItsMomentCustomer
     EXPECT_EQ(differences[0]["restaurant"]["source"].text, "VD124");
 }
 
+TEST_F(ReconcileTest, ADocumentSavedWhileItsSalesmanWasUnknownIsOneDifferenceThatTheRewindMends) {
+    Import();
+    // The sale without a number as it is saved when the back office does not have its salesman
+    // yet (another restaurant brings it later): salesman 0.
+    const std::string sql =
+        "UPDATE documents SET SalesmanID = 0 WHERE NumberAssigned = 1 AND DocumentTypeID = 'VB' "
+        "AND CustomerID = 31";
+    ASSERT_EQ(std::system(("sqlite3 " + Quote((Data() / "backoffice.sqlite").string()) + " " + Quote(sql)).c_str()), 0);
+    const HostResult r = Run("reconcile --json");
+    EXPECT_EQ(r.exit, 3) << r.out;
+    const JsonValue root = JsonReader::Parse(r.out);
+    const JsonValue& differences = root["restaurants"][0]["differences"];
+    ASSERT_EQ(differences.items.size(), 1u) << r.out;  // one document, not one missing and one extra
+    EXPECT_EQ(differences[0]["differs"][0].text, "salesman");
+    EXPECT_EQ(differences[0]["restaurant"]["salesman"].number, 5);
+    EXPECT_EQ(differences[0]["backOffice"]["salesman"].number, 0);
+
+    ASSERT_EQ(RunPrinted(root["restaurants"][0]["rewind"].text), 0) << r.out;
+    EXPECT_EQ(Run("execute").exit, 0);
+    const HostResult after = Run("reconcile");
+    EXPECT_EQ(after.exit, 0) << after.out;  // completed, not doubled
+}
+
 TEST_F(ReconcileTest, ADocumentDeletedInTheRestaurantIsOnlyInTheBackOffice) {
     Import();
     Restaurant("DELETE FROM transactionstenders WHERE TransactionUID = 1; DELETE FROM transactionsheaders WHERE UID = 1");
