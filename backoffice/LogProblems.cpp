@@ -13,26 +13,46 @@ bool StartsWith(std::string_view text, std::string_view start) {
     return text.substr(0, start.size()) == start;
 }
 
-}  // namespace
-
-LogProblems CountLogProblems(std::string_view contents) {
-    LogProblems problems;
+// Calls `each` with every line of the text, without its line end (LF, or CR LF).
+template <typename Each>
+void ForEachLine(std::string_view contents, Each each) {
     while (!contents.empty()) {
         const std::size_t end = contents.find('\n');
         std::string_view line = contents.substr(0, end);
         contents = end == std::string_view::npos ? std::string_view() : contents.substr(end + 1);
+        while (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+        each(line);
+    }
+}
 
-        if (line.find(kErrorMark) != std::string_view::npos || StartsWith(line, kLogNotRead)) {
+bool IsErrorLine(std::string_view line) {
+    return line.find(kErrorMark) != std::string_view::npos || StartsWith(line, kLogNotRead);
+}
+
+}  // namespace
+
+LogProblems CountLogProblems(std::string_view contents) {
+    LogProblems problems;
+    ForEachLine(contents, [&problems](std::string_view line) {
+        if (IsErrorLine(line)) {
             ++problems.errors;
-            continue;
+            return;
         }
         const std::size_t separator = line.find(kSectionSeparator);
         if (separator != std::string_view::npos &&
             StartsWith(line.substr(separator + kSectionSeparator.size()), kLeftOut)) {
             ++problems.warnings;
         }
-    }
+    });
     return problems;
+}
+
+std::vector<std::string> ErrorLines(std::string_view contents) {
+    std::vector<std::string> lines;
+    ForEachLine(contents, [&lines](std::string_view line) {
+        if (IsErrorLine(line)) lines.emplace_back(line);
+    });
+    return lines;
 }
 
 }  // namespace kitra::backoffice

@@ -1,7 +1,9 @@
 #pragma once
-// For the terminal's log list: how many lines of an import log report an error and how many a
-// tolerated, unexpected situation (a warning), read from the log's text alone.
+// For the terminal's log list and a run's report: which lines of an import log report an error
+// and how many a tolerated, unexpected situation (a warning), read from the log's text alone.
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace kitra::backoffice {
 
@@ -15,5 +17,8 @@ struct LogProblems {
 // line's text (after the section and " - ") starts with "Não foi possível adicionar", the
 // words of every record an importer leaves out and goes on.
 LogProblems CountLogProblems(std::string_view contents);
+
+// The error lines themselves, in the order they were written, without their line ends.
+std::vector<std::string> ErrorLines(std::string_view contents);
 
 }  // namespace kitra::backoffice

@@ -6,10 +6,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -19,6 +19,7 @@
 #include <set>
 #include <string_view>
 
+#include "backoffice/LogProblems.h"
 #include "backoffice/RunLock.h"
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
@@ -46,21 +47,6 @@ std::map<LogKey, std::string> LogRowsSince(BackOffice& office, const std::string
             rs["Contents"].IsNull() ? std::string() : rs["Contents"].ToText();
     }
     return rows;
-}
-
-// The lines of a restaurant's log that report an error, in the order they were written.
-std::vector<std::string> ErrorLines(const std::string& contents) {
-    std::vector<std::string> lines;
-    std::size_t start = 0;
-    while (start < contents.size()) {
-        std::size_t end = contents.find('\n', start);
-        if (end == std::string::npos) end = contents.size();
-        std::string line = contents.substr(start, end - start);
-        while (!line.empty() && (line.back() == '\r' || line.back() == '\n')) line.pop_back();
-        if (line.find("## Erro ##") != std::string::npos) lines.push_back(line);
-        start = end + 1;
-    }
-    return lines;
 }
 
 // What an importer's error line says: "<step> - ## Erro ## ao importar a tabela de X. Y: <record>

@@ -34,5 +34,22 @@ TEST(LogProblems, WarningLinesTellOfARecordLeftOut) {
     EXPECT_EQ(CountLogProblems(log), (LogProblems{0, 3}));
 }
 
+TEST(LogProblems, TheErrorLinesThemselvesComeInTheirOrderWithoutLineEnds) {
+    const std::string log =
+        " - # START # 01-06-2024 10:00:00 #\r\n"
+        "Vendedores - ## Erro ## ao importar a tabela de vendedores. Vendedor: 11 : Telephone - "
+        "Invalid use of Null\r\n"
+        "Clientes - Não foi possível adicionar o Cliente '3' porque ...\r\n"
+        "Erro na leitura do ficheiro de log 'x'\n"
+        "Recibos - ## Erro ## Não foi possível estabelecer comunicação com o Servidor.";
+    EXPECT_EQ(ErrorLines(log),
+              (std::vector<std::string>{
+                  "Vendedores - ## Erro ## ao importar a tabela de vendedores. Vendedor: 11 : "
+                  "Telephone - Invalid use of Null",
+                  "Erro na leitura do ficheiro de log 'x'",
+                  "Recibos - ## Erro ## Não foi possível estabelecer comunicação com o Servidor."}));
+    EXPECT_TRUE(ErrorLines(" - # START # #\r\n").empty());
+}
+
 }  // namespace
 }  // namespace kitra::backoffice
