@@ -170,7 +170,8 @@ void FaultRunTest::MoveBackOfficeTo(const std::filesystem::path& place) {
     data_ = place;
 }
 
-void FaultRunTest::StoreSettingsIn(const std::filesystem::path& data, bool documents) {
+void FaultRunTest::StoreSettingsIn(const std::filesystem::path& data, bool documents,
+                                   bool cashAndReceipts) {
     BackOffice office(data);
     KitraConnectorSetting settings(office.utility);
     settings.TaxableGroupEquivalence = {{1, "23"}, {2, "13"}, {3, "6"}};
@@ -180,6 +181,12 @@ void FaultRunTest::StoreSettingsIn(const std::filesystem::path& data, bool docum
         settings.StockTransDocument = "GT";
         settings.DefaultTenderPayment = 1;
         settings.TenderEquivalence = {{1, "1"}, {2, "2"}, {3, "3"}, {2, "4"}, {4, "5"}};
+    }
+    if (cashAndReceipts) {
+        settings.CashEntranceTransDocument = "EC";
+        settings.CashWithdrawalTransDocument = "SC";
+        settings.CustomerPaymentTransDocument = "PCL";
+        settings.CustomerPaymentAccountDocument = "ADC";
     }
     settings.Restaurants.Add(centro);
     settings.Restaurants.Add(praia);

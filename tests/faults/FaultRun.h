@@ -61,9 +61,13 @@ protected:
     void TearDown() override;
 
     // Stores the settings with both restaurants as `centro` and `praia` stand. With documents,
-    // sales, credit sales and stock documents and their tenders are mapped, so they are imported.
-    void StoreSettings(bool documents = false) { StoreSettingsIn(Data(), documents); }
-    void StoreSettingsIn(const std::filesystem::path& data, bool documents);
+    // sales, credit sales and stock documents and their tenders are mapped, so they are imported;
+    // with cash and receipts, cash movements and receipts are mapped too.
+    void StoreSettings(bool documents = false, bool cashAndReceipts = false) {
+        StoreSettingsIn(Data(), documents, cashAndReceipts);
+    }
+    void StoreSettingsIn(const std::filesystem::path& data, bool documents,
+                         bool cashAndReceipts = false);
     // Runs kitra-host execute --verbose on the back office (or on another).
     HostRun Execute() { return ExecuteOn(Data()); }
     HostRun ExecuteOn(const std::filesystem::path& data);

@@ -13,7 +13,6 @@
 
 #include "backoffice/BackOffice.h"
 #include "backoffice/cli/KitraHost.h"
-#include "settings/KitraConnectorSetting.h"
 #include "tests/faults/FaultRun.h"
 
 namespace kitra::test {
@@ -31,23 +30,7 @@ const std::vector<std::string> kDocumentTables = {
 class RecoveryTest : public FaultRunTest {
 protected:
     // Settings with every document type mapped: documents, cash movements and receipts.
-    void StoreAllDocumentSettings() {
-        BackOffice office(Data());
-        KitraConnectorSetting settings(office.utility);
-        settings.TaxableGroupEquivalence = {{1, "23"}, {2, "13"}, {3, "6"}};
-        settings.InvoiceTransDocument = "VB";
-        settings.CreditTransDocument = "FAC";
-        settings.StockTransDocument = "GT";
-        settings.CashEntranceTransDocument = "EC";
-        settings.CashWithdrawalTransDocument = "SC";
-        settings.CustomerPaymentTransDocument = "PCL";
-        settings.CustomerPaymentAccountDocument = "ADC";
-        settings.DefaultTenderPayment = 1;
-        settings.TenderEquivalence = {{1, "1"}, {2, "2"}, {3, "3"}, {2, "4"}, {4, "5"}};
-        settings.Restaurants.Add(centro);
-        settings.Restaurants.Add(praia);
-        office.settingsStore.Save(settings);
-    }
+    void StoreAllDocumentSettings() { StoreSettings(true, true); }
 
     // Every row of every document table, each column as SQLite gives it back.
     std::map<std::string, std::vector<std::string>> DocumentTables() const {
