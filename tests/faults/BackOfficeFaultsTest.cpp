@@ -7,12 +7,19 @@
 // where the run's rules put them.
 #include <gtest/gtest.h>
 
+#include <sqlite3.h>
+
+#include <atomic>
+#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <sstream>
+#include <thread>
 
 #include "backoffice/BackOffice.h"
 #include "backoffice/Database.h"
+#include "backoffice/cli/KitraHost.h"
 #include "tests/faults/FaultRun.h"
 #include "tests/faults/ScopedMount.h"
 
@@ -166,6 +173,59 @@ TEST_F(BackOfficeFaultsTest, LockedByAnotherProgramLongerThanTheBusyTimeout) {
     EXPECT_EQ(ItemsWithPrefix("C") + ItemsWithPrefix("P"), 0);
     EXPECT_EQ(DatesOf("Centro"), kUnmoved);
     EXPECT_EQ(DatesOf("Praia"), kUnmoved);
+}
+
+TEST_F(BackOfficeFaultsTest, ARunWaitsForAWriteLongerThanACommandWouldAndImportsEverything) {
+    StoreSettings(true, true);
+    // A command would give up after 0.3 s; the run waits up to a minute and says that it waits.
+    ::setenv("KITRA_HOST_BUSY_TIMEOUT_MS", "300", 1);
+    ::setenv("KITRA_HOST_RUN_BUSY_TIMEOUT_MS", "60000", 1);
+    // At Centro's tenth document another program starts a write that lasts 11 s. It takes the
+    // lock as soon as the run's open group of records is committed; the run's next write waits.
+    constexpr auto kHeld = std::chrono::seconds(11);
+    std::thread other;
+    std::atomic<bool> locked{false}, committed{false};
+    int documents = 0;
+    const std::string file = BackOffice::FileIn(Data()).string();
+    onLine = [&](const std::string& line) {
+        if (other.joinable() || !line.starts_with("Documento: ") || ++documents != 10) return;
+        other = std::thread([&] {
+            sqlite3* db = nullptr;
+            if (sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
+                sqlite3_busy_timeout(db, 60000);
+                if (sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK) {
+                    locked = true;
+                    std::this_thread::sleep_for(kHeld);
+                    committed = sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK;
+                }
+            }
+            sqlite3_close(db);
+        });
+    };
+    const HostRun run = Execute();
+    ASSERT_TRUE(other.joinable()) << run.out;
+    other.join();
+    ASSERT_TRUE(locked);
+    EXPECT_TRUE(committed);
+
+    EXPECT_EQ(run.exit, 0) << run.err;
+    EXPECT_GE(run.seconds, 10.0);
+    EXPECT_NE(run.err.find("kitra-host: a retaguarda está bloqueada por outro programa; a importação "
+                           "espera que ele termine a escrita (10 s de no máximo 60 s)."),
+              std::string::npos)
+        << run.err;
+    EXPECT_EQ(run.err.find("Erro"), std::string::npos) << run.err;
+    EXPECT_EQ(UnsavedLogs(), std::vector<std::string>{});
+    EXPECT_EQ(LogRows(), 2);
+    EXPECT_EQ(IntegrityCheck(), "ok");
+    // Nothing of either restaurant was left behind or doubled.
+    for (const char* restaurant : {"Centro", "Praia"}) {
+        std::ostringstream out, err;
+        EXPECT_EQ(backoffice::cli::RunKitraHost({"--data", Data().string(), "reconcile", restaurant},
+                                                nullptr, out, err),
+                  0)
+            << restaurant << "\n" << out.str() << err.str();
+    }
 }
 
 TEST_F(BackOfficeFaultsTest, AMissingLogFolderIsMadeAgain) {
