@@ -37,8 +37,11 @@ void MakePrivateFolder(const fs::path& folder, const std::string& what) {
     if (folder.has_parent_path() && !folder.parent_path().empty()) {
         fs::create_directories(folder.parent_path(), error);
     }
-    if (!error && ::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-        error.assign(errno, std::generic_category());
+    if (!error && ::mkdir(folder.c_str(), S_IRWXU) != 0) {
+        const int cause = errno;
+        // Made meanwhile by another program: it is theirs as it is. A file in its place is not.
+        if (cause == EEXIST && fs::is_directory(folder, error)) return;
+        error.assign(cause, std::generic_category());
     }
     if (!error) ::chmod(folder.c_str(), S_IRWXU);  // whatever the umask let through
     if (error) {
