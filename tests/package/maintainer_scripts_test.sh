@@ -61,6 +61,15 @@ created="$(runuser -u kitra -- env -u KITRA_COMPONENT_REGISTRY HOME="$data" \
 info="$(runuser -u kitra -- env -u KITRA_COMPONENT_REGISTRY HOME="$data" \
   kitra-host --data "$data" info 2>&1)" || fail "info as kitra: $info"
 contains "$info" "ConnectorID: " "info"
+# It is the machine's registry that names the module: an entry naming another file is followed.
+cp "$registry" "$scratch/registry"
+sed 's|\t/usr/lib/kitra/|\t/usr/lib/nenhum/|' "$scratch/registry" >"$registry"
+if elsewhere="$(runuser -u kitra -- env -u KITRA_COMPONENT_REGISTRY HOME="$data" \
+    kitra-host --data "$data" info 2>&1)"; then
+  fail "info did not follow the machine's registry: $elsewhere"
+fi
+contains "$elsewhere" "/usr/lib/nenhum/POSConnectorKitra.so" "info with another module registered"
+cp "$scratch/registry" "$registry"
 [ -z "$(find "$data" -perm /077)" ] || fail "open to others: $(find "$data" -perm /077)"
 
 # Installed again (an upgrade): the back office and the registrations stay.
