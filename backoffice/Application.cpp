@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "backoffice/PrivateFiles.h"
 #include "host/IDocumentSeriesService.h"
 
 namespace kitra::backoffice {
@@ -60,11 +61,7 @@ std::string Application::LogFolder() const {
                                 "o nome ou apague-o.",
                                 folder.string()));
     }
-    std::filesystem::create_directories(folder, error);
-    if (error) {
-        throw Error(fmt::format("Não foi possível criar a pasta de registos '{}': {}",
-                                folder.string(), error.message()));
-    }
+    MakePrivateFolder(folder, "a pasta de registos");
     return folder.string();
 }
 

@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "backoffice/PrivateFiles.h"
 #include "backoffice/Schema.h"
 #include "backoffice/StartingData.h"
 
@@ -174,12 +175,10 @@ void BackOffice::Create(const std::filesystem::path& dataFolder) {
     const std::filesystem::path file = FileIn(dataFolder);
     if (PathTaken(file)) throw AlreadyThere(dataFolder);
 
-    std::error_code error;
-    std::filesystem::create_directories(dataFolder, error);
-    if (error) {
-        throw Error(fmt::format("Não foi possível criar a pasta de dados '{}': {}",
-                                dataFolder.string(), error.message()));
-    }
+    // The back office holds the restaurants' passwords: its folder, the database and what SQLite
+    // makes beside it are the owner's only, whatever the umask of the program that creates it.
+    const OwnerOnlyFiles ownerOnly;
+    MakePrivateFolder(dataFolder, "a pasta de dados");
     // Built complete under a name of its own, then linked to the real name: link() fails when
     // the name is taken, so of two programs creating at once, exactly one succeeds and the
     // other changes nothing.
@@ -188,6 +187,7 @@ void BackOffice::Create(const std::filesystem::path& dataFolder) {
     RemoveDatabaseFiles(draft);
     try {
         BackOffice backOffice(dataFolder, draft, Database::OpenMode::CreateNew);
+        MakePrivateFile(draft);
         WriteStartingData(backOffice);
     } catch (...) {
         RemoveDatabaseFiles(draft);
@@ -201,7 +201,11 @@ void BackOffice::Create(const std::filesystem::path& dataFolder) {
                                 std::strerror(cause)));
     }
     RemoveDatabaseFiles(draft);
-    std::filesystem::create_directories(dataFolder / "logs", error);
+    try {
+        MakePrivateFolder(dataFolder / "logs", "a pasta de registos");
+    } catch (const Error&) {
+        // A run makes it again when it is missing, and says why when it cannot.
+    }
 }
 
 host::HostServices BackOffice::Services(host::IEventNotifier* notifier,

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "backoffice/PrivateFiles.h"
 #include "core/DateTime.h"
 
 namespace kitra::backoffice {
@@ -86,6 +87,7 @@ void HostConnection::KeepIfLogRow(const host::SqlStatement& statement, const std
         out << contents;
         out.close();
         if (!out) throw Error("Não foi possível escrever o ficheiro '" + file.string() + "'.");
+        MakePrivateFile(file);
         row.file = file.string();
     } catch (const std::exception& error) {
         row.reason += " O texto do log também não pôde ser guardado na pasta de registos: " +

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -31,11 +32,13 @@ std::string HolderOf(int descriptor) {
 RunLock::RunLock(const std::filesystem::path& dataFolder, const std::string& what) {
     BackOffice::Require(dataFolder);  // no lock file is left in a folder without a back office
     const std::filesystem::path file = dataFolder / kRunLockFileName;
-    descriptor_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    descriptor_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (descriptor_ < 0) {
         throw Error(fmt::format("Não foi possível abrir o ficheiro de bloqueio '{}': {}",
                                 file.string(), std::strerror(errno)));
     }
+    // Of the owner only, as everything in the data folder, also when an older file was not.
+    ::fchmod(descriptor_, S_IRUSR | S_IWUSR);
     if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
         const int cause = errno;
         const std::string holder = cause == EWOULDBLOCK ? HolderOf(descriptor_) : std::string();

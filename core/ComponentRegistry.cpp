@@ -12,6 +12,12 @@
 namespace kitra {
 namespace fs = std::filesystem;
 
+#ifndef KITRA_MACHINE_COMPONENT_REGISTRY
+#define KITRA_MACHINE_COMPONENT_REGISTRY "/etc/kitra/components.registry"
+#endif
+
+fs::path MachineComponentRegistryPath() { return KITRA_MACHINE_COMPONENT_REGISTRY; }
+
 fs::path ComponentRegistryPath() {
     if (const char* explicitPath = std::getenv("KITRA_COMPONENT_REGISTRY");
         explicitPath != nullptr && *explicitPath != '\0') {
@@ -24,9 +30,9 @@ fs::path ComponentRegistryPath() {
     return fs::path(home != nullptr ? home : ".") / ".config" / "kitra" / "components.registry";
 }
 
-std::vector<ComponentEntry> ReadComponentRegistry() {
+namespace {
+std::vector<ComponentEntry> ReadRegistryFile(const fs::path& path) {
     std::vector<ComponentEntry> entries;
-    const fs::path path = ComponentRegistryPath();
     std::error_code ec;
     if (!fs::exists(path, ec)) return entries;
     std::ifstream in(path);
@@ -42,11 +48,33 @@ std::vector<ComponentEntry> ReadComponentRegistry() {
     }
     return entries;
 }
+}  // namespace
+
+std::vector<ComponentEntry> ReadComponentRegistry() { return ReadRegistryFile(ComponentRegistryPath()); }
 
 namespace {
+// Folders made for the registry, and the registry itself, are readable by everyone: it holds
+// no secret, and the machine's registry is read by every user that runs a host.
+void MakeReadableFolders(const fs::path& folder) {
+    if (folder.empty()) return;
+    std::error_code ec;
+    if (fs::exists(folder, ec)) return;
+    MakeReadableFolders(folder.parent_path());
+    fs::create_directory(folder, ec);
+    if (!ec) {
+        fs::permissions(folder,
+                        fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
+                            fs::perms::others_read | fs::perms::others_exec,
+                        ec);
+    }
+}
+
 void WriteRegistry(const std::vector<ComponentEntry>& entries) {
     const fs::path path = ComponentRegistryPath();
-    if (path.has_parent_path()) fs::create_directories(path.parent_path());
+    if (path.has_parent_path()) {
+        MakeReadableFolders(path.parent_path());
+        fs::create_directories(path.parent_path());
+    }
     // Written beside and renamed over, so a reader never sees half a registry.
     const fs::path temp = path.string() + ".tmp" + std::to_string(::getpid());
     {
@@ -55,6 +83,11 @@ void WriteRegistry(const std::vector<ComponentEntry>& entries) {
         for (const auto& e : entries) out << e.clsid << '\t' << e.progId << '\t' << e.modulePath << '\n';
         if (!out.flush()) throw Error("Não foi possível escrever o registo de componentes " + path.string());
     }
+    std::error_code ignored;
+    fs::permissions(temp,
+                    fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read |
+                        fs::perms::others_read,
+                    ignored);
     fs::rename(temp, path);
 }
 }  // namespace
@@ -76,8 +109,16 @@ bool UnregisterComponent(std::string_view clsid) {
 }
 
 std::optional<ComponentEntry> FindComponent(std::string_view clsidOrProgId) {
-    for (const auto& e : ReadComponentRegistry()) {
-        if (EqualsNoCase(e.clsid, clsidOrProgId) || EqualsNoCase(e.progId, clsidOrProgId)) return e;
+    std::vector<fs::path> registries{ComponentRegistryPath()};
+    // The user's own registry first; then the machine's, where an installed package registers.
+    const char* chosen = std::getenv("KITRA_COMPONENT_REGISTRY");
+    if ((chosen == nullptr || *chosen == '\0') && MachineComponentRegistryPath() != registries[0]) {
+        registries.push_back(MachineComponentRegistryPath());
+    }
+    for (const fs::path& registry : registries) {
+        for (const auto& e : ReadRegistryFile(registry)) {
+            if (EqualsNoCase(e.clsid, clsidOrProgId) || EqualsNoCase(e.progId, clsidOrProgId)) return e;
+        }
     }
     return std::nullopt;
 }

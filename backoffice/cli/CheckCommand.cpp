@@ -3,7 +3,8 @@
 // when not), how far the server's clock is from the back office's (changes are selected with a
 // strict "later than" on the server's ModifyDate while the import dates come from this
 // machine's clock, so a skew loses or repeats changes), and how many rows each importer would
-// select now (the import's own statements, counted). Then the settings' own validity.
+// select now (the import's own statements, counted). Then the settings' own validity, and
+// whether others may read the back office (it keeps the restaurants' passwords).
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
@@ -15,6 +16,7 @@
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
 #include "backoffice/BackOffice.h"
+#include "backoffice/PrivateFiles.h"
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/JsonText.h"
@@ -151,7 +153,8 @@ std::string JsonList(const std::vector<std::string>& texts) {
     return list + "]";
 }
 
-void PrintJson(std::ostream& out, bool ok, bool settingsValid, const std::vector<RestaurantCheck>& checks) {
+void PrintJson(std::ostream& out, bool ok, bool settingsValid, const std::vector<RestaurantCheck>& checks,
+               const std::vector<std::string>& accessWarnings) {
     out << "{\"ok\":" << (ok ? "true" : "false")
         << ",\"settingsValid\":" << (settingsValid ? "true" : "false") << ",\"restaurants\":[";
     for (std::size_t r = 0; r < checks.size(); ++r) {
@@ -167,7 +170,7 @@ void PrintJson(std::ostream& out, bool ok, bool settingsValid, const std::vector
         }
         out << "},\"problems\":" << JsonList(c.problems) << ",\"warnings\":" << JsonList(c.warnings) << "}";
     }
-    out << "]}\n";
+    out << "],\"backOfficeWarnings\":" << JsonList(accessWarnings) << "}\n";
 }
 
 void PrintTable(std::ostream& out, bool settingsValid, const std::vector<RestaurantCheck>& checks) {
@@ -215,12 +218,14 @@ int RunCheck(CommandContext& context) {
                     << error.Description() << "\n";
         settingsValid = false;
     }
-    bool ok = settingsValid;
+    const std::vector<std::string> accessWarnings = AccessWarnings(context.dataFolder);
+    bool ok = settingsValid && accessWarnings.empty();
     for (const RestaurantCheck& c : checks) ok = ok && c.problems.empty() && c.warnings.empty();
     if (json) {
-        PrintJson(context.out, ok, settingsValid, checks);
+        PrintJson(context.out, ok, settingsValid, checks, accessWarnings);
     } else {
         PrintTable(context.out, settingsValid, checks);
+        for (const std::string& warning : accessWarnings) context.out << "AVISO: " << warning << "\n";
     }
     return ok ? kExitOk : kExitAttention;
 }

@@ -12,6 +12,9 @@
 #ifndef KITRA_CONNECTOR_MODULE_BUILT
 #define KITRA_CONNECTOR_MODULE_BUILT ""
 #endif
+#ifndef KITRA_MODULE_FOLDER_FROM_PROGRAM
+#define KITRA_MODULE_FOLDER_FROM_PROGRAM "../lib/kitra"
+#endif
 
 namespace kitra::backoffice::cli {
 namespace fs = std::filesystem;
@@ -33,6 +36,14 @@ fs::path ProgramFolder() {
     return ec ? fs::path() : self.parent_path();
 }
 }  // namespace
+
+std::string InstalledModulePath(const std::string& fileName) {
+    const fs::path folder = ProgramFolder();
+    if (folder.empty()) return {};
+    std::error_code ec;
+    const fs::path module = (folder / KITRA_MODULE_FOLDER_FROM_PROGRAM / fileName).lexically_normal();
+    return fs::exists(module, ec) ? module.string() : std::string();
+}
 
 ComponentModule::ComponentModule(const std::string& path) : path_(path) {
     handle_ = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -97,7 +108,8 @@ host::ComPtr<host::IConnector> ComponentModule::CreateConnector(const host::Guid
 
 std::string ComponentHelp() {
     return "O registo de componentes é o ficheiro '" + ComponentRegistryPath().string() +
-           "' (a variável KITRA_COMPONENT_REGISTRY escolhe outro). Registe o componente com "
+           "' (a variável KITRA_COMPONENT_REGISTRY escolhe outro; sem ela, o da máquina, '" +
+           MachineComponentRegistryPath().string() + "', também conta). Registe o componente com "
            "'kitra-host register [MÓDULO]', ou indique o ficheiro do componente em "
            "KITRA_CONNECTOR_MODULE.";
 }
@@ -111,6 +123,9 @@ std::string ConnectorModulePath() {
     std::error_code ec;
     if (const fs::path beside = ProgramFolder() / "POSConnectorKitra.so"; fs::exists(beside, ec)) {
         return beside.string();
+    }
+    if (std::string installed = InstalledModulePath("POSConnectorKitra.so"); !installed.empty()) {
+        return installed;
     }
     if (std::string built = KITRA_CONNECTOR_MODULE_BUILT; !built.empty() && fs::exists(built, ec)) {
         return built;

@@ -38,8 +38,13 @@ private:
 std::string ComponentHelp();
 
 // The module file of the connector: the component registry's entry for its programmatic id,
-// else $KITRA_CONNECTOR_MODULE, else the module built beside this program.
+// else $KITRA_CONNECTOR_MODULE, else the module beside this program, else the one in the
+// installed layout's module folder (../lib/kitra from this program's folder, so that a tree
+// unpacked anywhere finds its own), else the one built with this program.
 std::string ConnectorModulePath();
+
+// A module of the installed layout, found from this program's own folder; empty when absent.
+std::string InstalledModulePath(const std::string& fileName);
 
 // The class id the registry gives the connector, or the one this program was built with.
 host::Guid ConnectorClassId();

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "backoffice/cli/ComponentLoader.h"
 #include "core/Error.h"
 
 #ifndef KITRA_HOST_DESKTOP_MODULE_BUILT
@@ -29,6 +30,7 @@ std::string DesktopModulePath() {
             return beside.string();
         }
     }
+    if (std::string installed = InstalledModulePath(kModuleFile); !installed.empty()) return installed;
     return KITRA_HOST_DESKTOP_MODULE_BUILT;
 }
 

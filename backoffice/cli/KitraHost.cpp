@@ -5,6 +5,7 @@
 #include <sstream>
 #include <ostream>
 
+#include "backoffice/PrivateFiles.h"
 #include "backoffice/cli/Command.h"
 #include "core/Error.h"
 
@@ -136,6 +137,9 @@ int RunKitraHost(const std::vector<std::string>& arguments, std::istream* in, st
         if (command == nullptr) throw UsageError("Comando desconhecido: '" + *line.command + "'.");
         CommandContext context{line.dataFolder.value_or(DefaultDataFolder()), line.arguments, in,
                                out, err};
+        // Whatever a command makes in the data folder (the database's -wal and -shm, the run's
+        // log files, the logs kept because they could not be stored) is the owner's only.
+        const OwnerOnlyFiles ownerOnly;
         return command->run(context);
     } catch (const UsageError& error) {
         err << kProgram << ": " << error.what() << "\n"
