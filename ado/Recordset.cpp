@@ -33,14 +33,19 @@ Recordset::Recordset(std::vector<std::string> columns, std::vector<std::vector<V
     for (ResultColumn& column : values_) column.Trim();
 }
 
-Recordset::Recordset(std::vector<std::string> columns, std::vector<ResultColumn> values)
-    : columns_(std::move(columns)), values_(std::move(values)),
-      rowCount_(values_.empty() ? 0 : values_.front().Size()), current_(columns_.size()),
-      currentRowOf_(columns_.size(), 0), open_(true) {
-    values_.resize(columns_.size());
-    for (ResultColumn& column : values_) {
-        while (column.Size() < rowCount_) column.AppendNull();
+Recordset Recordset::FromColumns(std::vector<std::string> columns, std::vector<ResultColumn> values) {
+    Recordset recordset;
+    recordset.columns_ = std::move(columns);
+    recordset.values_ = std::move(values);
+    recordset.rowCount_ = recordset.values_.empty() ? 0 : recordset.values_.front().Size();
+    recordset.values_.resize(recordset.columns_.size());
+    for (ResultColumn& column : recordset.values_) {
+        while (column.Size() < recordset.rowCount_) column.AppendNull();
     }
+    recordset.current_.resize(recordset.columns_.size());
+    recordset.currentRowOf_.assign(recordset.columns_.size(), 0);
+    recordset.open_ = true;
+    return recordset;
 }
 
 void Recordset::Close() {

@@ -23,8 +23,9 @@ class Recordset {
 public:
     Recordset() = default;
     Recordset(std::vector<std::string> columns, std::vector<std::vector<Variant>> rows);
-    // Columns already held compactly, all of the same number of rows.
-    Recordset(std::vector<std::string> columns, std::vector<ResultColumn> values);
+    // Columns already held compactly, all of the same number of rows. A function of its own
+    // rather than a constructor, so that the rows above can still be written in braces.
+    static Recordset FromColumns(std::vector<std::string> columns, std::vector<ResultColumn> values);
 
     // Runs the statement on an open connection and reads every row (restaurant database).
     void Open(const std::string& statement, Connection& connection);

@@ -208,7 +208,7 @@ ado::Recordset Statement::ReadAll() {
         for (int c = 0; c < ColumnCount(); ++c) values[static_cast<std::size_t>(c)].Append(Column(c));
     }
     for (ado::ResultColumn& column : values) column.Trim();
-    return ado::Recordset(std::move(columns), std::move(values));
+    return ado::Recordset::FromColumns(std::move(columns), std::move(values));
 }
 
 // ---------------------------------------------------------------- Database

@@ -123,7 +123,7 @@ TEST(RecordsetRowsTest, ReadsByNameRowByRowAndCountsBeforeTheFirst) {
 }
 
 TEST(RecordsetRowsTest, AnEmptyResultIsBofAndEof) {
-    Recordset r({"UID"}, std::vector<std::vector<Variant>>{});
+    Recordset r({"UID"}, {});
     EXPECT_EQ(r.RecordCount(), 0);
     EXPECT_TRUE(r.Bof());
     EXPECT_TRUE(r.Eof());
