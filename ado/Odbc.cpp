@@ -345,38 +345,43 @@ ResultRows ExecuteAndReadAll(SQLHDBC connection, const std::string& statementTex
 
     const std::vector<Column> columns = DescribeColumns(statement, count);
     for (const Column& column : columns) result.columns.push_back(column.name);
+    result.values.resize(columns.size());
 
-    // The driver holds the whole result already, so it knows the count up front.
+    // The driver holds the whole result already, so it knows the count up front: the columns
+    // take their room once rather than growing by copies.
     SQLLEN expected = 0;
     if (SQL_SUCCEEDED(SQLRowCount(statement.Get(), &expected)) && expected > 0) {
-        result.rows.reserve(static_cast<std::size_t>(expected));
+        for (ResultColumn& column : result.values) column.Reserve(static_cast<std::size_t>(expected));
     }
 
     std::vector<char> byteBuffer(kChunk);
     std::string byteValue;
     while ((rc = SQLFetch(statement.Get())) != SQL_NO_DATA) {
         Check(rc, statement, "fetching a row");
-        std::vector<Variant> row;
-        row.reserve(columns.size());
         for (std::size_t i = 0; i < columns.size(); ++i) {
             const auto number = static_cast<SQLUSMALLINT>(i + 1);
             const ColumnKind kind = columns[i].kind;
+            ResultColumn& column = result.values[i];
             // Texts are read as the bytes the server sends, which are UTF-8 (utf8mb4) on a
             // connection opened with the wide call: byte for byte, a NUL included. Read as wide
             // characters, the driver cuts a text at its first NUL. Numbers and dates are read in
             // the database's own text form and converted here, which keeps them exact and
             // independent of the process's locale.
-            const SQLSMALLINT cType =
-                kind == ColumnKind::Binary || kind == ColumnKind::Text ? SQL_C_BINARY : SQL_C_CHAR;
-            if (ReadCell(statement, number, cType, byteBuffer, byteValue)) {
-                row.push_back(ValueFromText(kind, std::move(byteValue)));
-                byteValue = std::string();
+            const bool text = kind == ColumnKind::Binary || kind == ColumnKind::Text;
+            if (!ReadCell(statement, number, text ? SQL_C_BINARY : SQL_C_CHAR, byteBuffer,
+                          byteValue)) {
+                column.AppendNull();
+            } else if (text) {
+                column.AppendText(byteValue);
             } else {
-                row.push_back(Variant::Null());
+                column.Append(ValueFromText(kind, byteValue));
             }
         }
-        result.rows.push_back(std::move(row));
     }
+    // The driver keeps its copy of the whole result until the statement goes: let it go before
+    // the columns give back their unused room, which copies them once more.
+    statement.Reset();
+    for (ResultColumn& column : result.values) column.Trim();
     return result;
 }
 

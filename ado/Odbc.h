@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ado/ResultColumn.h"
 #include "core/Error.h"
 #include "core/Variant.h"
 
@@ -59,11 +60,11 @@ public:
 // the driver says the link to the server is gone.
 void Check(SQLRETURN rc, const Handle& handle, std::string_view context);
 
-// Every row of the statement's result, read into memory. A statement that returns no result
-// set (INSERT, CREATE, ...) gives no columns and no rows.
+// Every row of the statement's result, read into memory column by column. A statement that
+// returns no result set (INSERT, CREATE, ...) gives no columns and no rows.
 struct ResultRows {
     std::vector<std::string> columns;
-    std::vector<std::vector<Variant>> rows;
+    std::vector<ResultColumn> values;  // one per column
     long affectedRows = -1;  // for statements without a result set; -1 when unknown
 };
 ResultRows ExecuteAndReadAll(SQLHDBC connection, const std::string& statement);

@@ -12,7 +12,7 @@ namespace kitra::ado {
 void Recordset::Open(const std::string& statement, Connection& connection) {
     if (open_) throw Error("Operation is not allowed when the object is open.", 3705);
     odbc::ResultRows result = connection.ReadAll(statement);
-    *this = Recordset(std::move(result.columns), std::move(result.rows));
+    *this = FromColumns(std::move(result.columns), std::move(result.values));
     position_ = 0;
     open_ = true;
 }

@@ -83,7 +83,7 @@ std::vector<host::LedgerEntry> OpenEntries(const Database& database, std::int32_
 // none, the receipt the back office numbered for the same moment, customer and salesman that
 // no other receipt of the step was matched to. Key 0 for a new receipt.
 SavedIdentity ReceiptSavedBefore(const Database& database, const host::AccountTransaction& t,
-                                 const std::set<std::int32_t>& taken) {
+                                 const KeySet& taken) {
     if (t.DocumentNumber != 0)
         return {KeyOf(database, t.DocumentTypeID, t.SeriesID, t.DocumentNumber), t.DocumentNumber};
     return NumberedHereMatch(database,

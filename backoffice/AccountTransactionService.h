@@ -3,9 +3,9 @@
 // customer's open current-account entries, and the data service that saves it and settles the
 // entries (account_settlements) in one SQLite transaction.
 #include <memory>
-#include <set>
 
 #include "backoffice/Database.h"
+#include "backoffice/KeySet.h"
 #include "core/Clock.h"
 #include "host/IAccountTransactionService.h"
 
@@ -15,7 +15,7 @@ class AccountTransactionBusiness final : public host::IAccountTransactionBusines
 public:
     // `taken`: the receipts numbered here that this step's receipts were matched to (see
     // NumberedHereMatch); it outlives the business object.
-    AccountTransactionBusiness(Database& database, const std::set<std::int32_t>& taken)
+    AccountTransactionBusiness(Database& database, const KeySet& taken)
         : database_(database), taken_(taken) {}
 
     void InitNewTransaction(const std::string& documentTypeID,
@@ -30,7 +30,7 @@ public:
 
 private:
     Database& database_;
-    const std::set<std::int32_t>& taken_;
+    const KeySet& taken_;
     host::AccountTransaction transaction_;
 };
 
@@ -48,7 +48,7 @@ private:
     Database& database_;
     // The receipts numbered here that the receipts saved since the last business object was
     // made have been matched to: each is one source receipt, never two.
-    mutable std::set<std::int32_t> taken_;
+    mutable KeySet taken_;
     const Clock& clock_;
 };
 

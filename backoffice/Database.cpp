@@ -203,14 +203,12 @@ Variant Statement::Column(int column) const {
 ado::Recordset Statement::ReadAll() {
     std::vector<std::string> columns;
     for (int c = 0; c < ColumnCount(); ++c) columns.push_back(ColumnName(c));
-    std::vector<std::vector<Variant>> rows;
+    std::vector<ado::ResultColumn> values(columns.size());
     while (Step()) {
-        std::vector<Variant> row;
-        row.reserve(columns.size());
-        for (int c = 0; c < ColumnCount(); ++c) row.push_back(Column(c));
-        rows.push_back(std::move(row));
+        for (int c = 0; c < ColumnCount(); ++c) values[static_cast<std::size_t>(c)].Append(Column(c));
     }
-    return ado::Recordset(std::move(columns), std::move(rows));
+    for (ado::ResultColumn& column : values) column.Trim();
+    return ado::Recordset::FromColumns(std::move(columns), std::move(values));
 }
 
 // ---------------------------------------------------------------- Database

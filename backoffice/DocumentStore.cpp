@@ -330,7 +330,7 @@ void WriteCashMovements(Database& database, std::int32_t key, const host::Transa
 
 
 SavedIdentity NumberedHereMatch(const Database& database, const SourceMoment& moment,
-                                const std::set<std::int32_t>& taken) {
+                                const KeySet& taken) {
     // A customer or salesman is 0 when the back office did not have it when the document was
     // saved (another restaurant may bring it later), so 0 on either side does not tell two
     // documents apart; two known ones that differ do.

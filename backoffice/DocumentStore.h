@@ -4,11 +4,11 @@
 // database transaction.
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "backoffice/Database.h"
+#include "backoffice/KeySet.h"
 #include "host/ITransactionService.h"
 
 namespace kitra::backoffice {
@@ -46,7 +46,7 @@ struct SavedIdentity {
     std::int32_t number = 0;
 };
 SavedIdentity NumberedHereMatch(const Database& database, const SourceMoment& moment,
-                                const std::set<std::int32_t>& taken);
+                                const KeySet& taken);
 
 // Everything a saved document is and does (header, lines, VAT, payments, stock movements,
 // current-account entry and what receipts settle, drawer movements), but when it was saved and

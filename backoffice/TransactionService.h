@@ -8,10 +8,10 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "backoffice/Database.h"
+#include "backoffice/KeySet.h"
 #include "core/Clock.h"
 #include "host/ITransactionService.h"
 
@@ -75,7 +75,7 @@ private:
     const Clock& clock_;
     // The documents numbered here that the documents saved since the last business object was
     // made have been matched to: each is one source record, never two (NumberedHereMatch).
-    mutable std::set<std::int32_t> taken_;
+    mutable KeySet taken_;
     std::optional<Held> held_;
 };
 

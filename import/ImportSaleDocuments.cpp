@@ -77,7 +77,10 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
     // The statements of the headers' lines and payments, in the order the rows below issue
     // them: a header whose type is mapped and whose UID can go into a statement.
     const auto readAheadStatements = [&services, &engine, &connection](ado::Recordset& headers) {
-        std::vector<std::string> uids;
+        // The UIDs one after another in one text: a restaurant's whole history is a million
+        // of them, which as separate strings would cost more than the headers themselves.
+        std::string uids;
+        std::vector<std::uint32_t> uidEnds;
         for (; !headers.Eof(); headers.MoveNext()) {
             const std::string uid = headers["UID"].ToText();
             if (!IsWholeHeaderUid(uid)) continue;
@@ -88,15 +91,20 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
                 continue;  // the row itself fails on it, and the import ends there
             }
             if (DocumentTypeKeyFor(*engine.Settings(), type).empty()) continue;
-            uids.push_back(uid);
+            uids += uid;
+            uidEnds.push_back(static_cast<std::uint32_t>(uids.size()));
         }
         // Statement 2i reads the lines of header i, 2i + 1 its payments.
-        const std::size_t count = uids.size() * 2;
+        const std::size_t count = uidEnds.size() * 2;
         connection.ReadAhead(
             count,
-            [uids = std::move(uids)](std::size_t i) {
-                return i % 2 == 0 ? kitra::restaurant::DocumentLinesStatement(uids[i / 2])
-                                  : kitra::restaurant::DocumentTendersStatement(uids[i / 2]);
+            [uids = std::move(uids), uidEnds = std::move(uidEnds)](std::size_t i) {
+                const std::size_t header = i / 2;
+                const std::size_t begin = header == 0 ? 0 : uidEnds[header - 1];
+                const std::string_view uid =
+                    std::string_view(uids).substr(begin, uidEnds[header] - begin);
+                return i % 2 == 0 ? kitra::restaurant::DocumentLinesStatement(uid)
+                                  : kitra::restaurant::DocumentTendersStatement(uid);
             },
             ReadAheadConnections(), kReadAheadWindow);
     };

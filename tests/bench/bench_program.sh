@@ -42,6 +42,26 @@ sed 's/^1,"import",180008,515003,42.000,91.0/1,"import",180008,515003,42.000,301
 "$bench" summary --csv "$scratch/big.csv" >/dev/null; status=$?
 [ "$status" -eq 1 ] || fail "memory missed: exit $status"
 
+# With the restaurants' transaction headers counted, the peak memory is set against them: how much
+# it grows per 100,000 headers between the two factors, and where that reaches at factor 10.
+sed 's/^1,"import",180008,515003,42.000,91.0/1,"import",180008,515003,42.000,60.0/' "$scratch/met.csv" >"$scratch/headers.csv"
+printf '%s\n' '0.25,"transaction headers",0,25000,0.000,0.0' '1,"transaction headers",0,100000,0.000,0.0' >>"$scratch/headers.csv"
+out="$("$bench" summary --csv "$scratch/headers.csv")"; status=$?
+[ "$status" -eq 0 ] || fail "memory growth met: exit $status"
+expected="peak RSS 54 MB at factor 0.25 (25000 headers), 60 MB at factor 1 (100000 headers): 8.0 MB per 100,000 headers; at factor 10 (1000000 headers) 132 MB"
+grep -qxF "$expected" <<<"$out" || fail "memory growth met: growth line: $out"
+grep -qF "peak RSS ≤ 300 MB (also at factor 10)" <<<"$out" || fail "memory growth met: goals: $out"
+grep -q ": met$" <<<"$out" || fail "memory growth met: no 'met': $out"
+
+# A peak within 300 MB now that would pass 300 MB at factor 10 fails.
+printf '%s\n' '0.25,"transaction headers",0,25000,0.000,0.0' '1,"transaction headers",0,100000,0.000,0.0' >"$scratch/counts.csv"
+cat "$scratch/met.csv" "$scratch/counts.csv" >"$scratch/growing.csv"
+out="$("$bench" summary --csv "$scratch/growing.csv")"; status=$?
+[ "$status" -eq 1 ] || fail "memory growth missed: exit $status"
+grep -qF "49.3 MB per 100,000 headers; at factor 10 (1000000 headers) 535 MB" <<<"$out" ||
+  fail "memory growth missed: growth line: $out"
+grep -q ": missed$" <<<"$out" || fail "memory growth missed: no 'missed': $out"
+
 # The number of runs is checked before anything runs.
 for runs in 0 21 x 2x; do
   err="$("$bench" import --host-program /bin/false --data "$scratch/none" --factor 1 \

@@ -46,6 +46,10 @@ struct FetchResult {
 
 FetchResult MeasureFetchFloor(const FetchFloorOptions& options);
 
+// Every transaction header of the restaurant, of every type: what the peak memory is set
+// against.
+long CountTransactionHeaders(const FetchFloorOptions& options);
+
 struct WriteResult {
     double seconds = 0;
     std::uint64_t rows = 0;

@@ -49,17 +49,34 @@ private:
 
 }  // namespace
 
+namespace {
+
+// The connection string the run builds for a restaurant, character for character.
+std::string RestaurantConnectionString(const FetchFloorOptions& options) {
+    return "Driver={MySQL ODBC 5.1 Driver};Server=" + options.server + ";Database=" +
+           options.database + "; User=" + options.user + ";Password=" + options.password +
+           ";Option=3;Port=" + options.port;
+}
+
+}  // namespace
+
+long CountTransactionHeaders(const FetchFloorOptions& options) {
+    ado::Connection connection;
+    connection.Open(RestaurantConnectionString(options));
+    ado::Recordset count;
+    count.Open("SELECT COUNT(*) FROM transactionsheaders", connection);
+    const long headers = count.Field(std::size_t{0}).ToInt32();
+    connection.Close();
+    return headers;
+}
+
 FetchResult MeasureFetchFloor(const FetchFloorOptions& options) {
     FetchResult result;
     StatementTimer timer(result);
     const SteadyClock::time_point started = SteadyClock::now();
 
-    // The connection string the run builds for a restaurant, character for character.
     ado::Connection connection;
-    connection.SetConnectionString("Driver={MySQL ODBC 5.1 Driver};Server=" + options.server +
-                                   ";Database=" + options.database + "; User=" + options.user +
-                                   ";Password=" + options.password + ";Option=3;Port=" +
-                                   options.port);
+    connection.SetConnectionString(RestaurantConnectionString(options));
     connection.SetCursorLocation(ado::CursorLocationEnum::UseClient);
 
     // Each importer opens the connection for its statement and closes it when its rows are done.
