@@ -50,9 +50,9 @@ std::string Counted(long long count, const std::string& one, const std::string& 
 // How many rows the query (one `?`, bound to `key`) counts; every query counts with COUNT(*).
 long long CountRows(BackOffice& office, const std::string& sql, const Variant& key);
 
-// The places in the stored connector settings where an attribute named in `attributes` (as
-// element/attribute: "KitraConnectorSetting/DefaultTenderPayment", "Restaurant/WorkstationID")
-// holds a value for which `matches` is true, each said as the user finds it: "configurações do
+// The places in the stored connector settings where an attribute named in `attributes` (pairs
+// of element and attribute: {"KitraConnectorSetting", "DefaultTenderPayment"}, {"Restaurant",
+// "WorkstationID"}) holds a value for which `matches` is true, each said as the user finds it: "configurações do
 // conector, restaurante 'Centro' (WorkstationID)". Nothing when no settings are stored.
 std::vector<std::string> SettingsUses(BackOffice& office,
                                       const std::vector<std::pair<std::string, std::string>>& attributes,
