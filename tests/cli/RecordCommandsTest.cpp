@@ -190,6 +190,16 @@ TEST_F(RecordCommandsTest, TaxableGroupsAreListedAddedChangedAndRemoved) {
     EXPECT_TRUE(Has(List("taxable-group list"), "\n5\t1=7 2=4 3=5,25\tParque\n"));
     ExpectDone("taxable-group remove 5", "Taxa de IVA 5 apagada.\n");
     EXPECT_FALSE(Has(List("taxable-group list"), "\n5\t"));
+    {
+        // Its rates went with it.
+        backoffice::BackOffice office(Data());
+        backoffice::Statement rates(office.GetDatabase(),
+                                    "SELECT COUNT(*) FROM taxable_group_rates WHERE TaxableGroupID = 5");
+        ASSERT_TRUE(rates.Step());
+        EXPECT_EQ(rates.Column(0).ToInt32(), 0);
+    }
+    ExpectDone("taxable-group add 5 Outra --rate 1=13", "Taxa de IVA 5 criada.\n");
+    EXPECT_TRUE(List("taxable-group list").ends_with("\n5\t1=13\tOutra\n"));
 }
 
 TEST_F(RecordCommandsTest, TaxableGroupRefusals) {
