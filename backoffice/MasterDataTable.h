@@ -105,6 +105,7 @@ public:
         listSql_ = fmt::format("SELECT {} FROM {} ORDER BY {}", columns, table, key);
         insertSql_ = fmt::format("INSERT INTO {} ({}) VALUES ({})", table, columns, placeholders);
         updateSql_ = fmt::format("UPDATE {} SET {} WHERE {}=?", table, assignments, key);
+        deleteSql_ = fmt::format("DELETE FROM {} WHERE {}=?", table, key);
     }
 
     bool Exists(const Key& key) const override {
@@ -157,6 +158,22 @@ public:
         return records;
     }
 
+    // Deletes the record and its rows in other tables (their foreign keys cascade); fails when
+    // there is no such record. Whether anything still refers to it is the caller's question:
+    // references between master records are plain columns.
+    void Remove(const Key& key) {
+        Transaction transaction(database_, TransactionKind::Record);
+        if (!Exists(key)) {
+            throw Error(fmt::format("Não existe {} com o código {}.", mapping_.recordName,
+                                    KeyText(key)));
+        }
+        Statement remove(database_, deleteSql_);
+        remove.Bind({KeyValue(key)}).Run();
+        transaction.Commit();
+    }
+
+    const std::string& RecordName() const { return mapping_.recordName; }
+
 protected:
     // Inside the save's transaction, after the record's own row is written.
     virtual void SaveChildren(const Record&, const Variant& /*key*/) {}
@@ -174,7 +191,7 @@ private:
     }
 
     TableMapping<Record> mapping_;  // every table has at least one column besides its key
-    std::string existsSql_, selectSql_, listSql_, insertSql_, updateSql_;
+    std::string existsSql_, selectSql_, listSql_, insertSql_, updateSql_, deleteSql_;
 };
 
 }  // namespace kitra::backoffice

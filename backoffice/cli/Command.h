@@ -70,4 +70,13 @@ int RunUnregister(CommandContext& context);
 int RunReport(CommandContext& context);
 int RunSeries(CommandContext& context);
 
+// The back office's own records (RecordCommands.cpp, CompanyCommand.cpp).
+int RunDocumentType(CommandContext& context);
+int RunTender(CommandContext& context);
+int RunTaxableGroup(CommandContext& context);
+int RunWarehouse(CommandContext& context);
+int RunWorkstation(CommandContext& context);
+int RunSupplier(CommandContext& context);
+int RunCompany(CommandContext& context);
+
 }  // namespace kitra::backoffice::cli

@@ -75,9 +75,43 @@ const std::vector<Command>& AllCommands() {
         {"reset-data", "", "Esvazia o log de importações (as datas ficam).", &RunResetData},
         {"register", "[MÓDULO]", "Regista o componente POSConnectorKitra.", &RunRegister},
         {"unregister", "", "Anula o registo do componente.", &RunUnregister},
-        {"series", "list|add CÓDIGO DESCRIÇÃO",
+        {"series", "list [--json]|add CÓDIGO DESCRIÇÃO",
          "Lista as séries de documentos, ou cria uma série externa (uma por restaurante).",
          &RunSeries},
+        // The back office's own records that the settings name.
+        {"document-type", "list|add|set|remove ...",
+         "Tipos de documento e a sua natureza (venda, venda-a-crédito, devolução, transporte, "
+         "entrada-de-caixa, saída-de-caixa, recibo, adiantamento, autoconsumo): list [--json]; "
+         "add CÓDIGO DESCRIÇÃO NATUREZA; set CÓDIGO [--description TEXTO] [--kind NATUREZA]; "
+         "remove CÓDIGO.",
+         &RunDocumentType},
+        {"tender", "list|add|set|remove ...",
+         "Modalidades de pagamento e o seu tipo (dinheiro, cheque, transferência, cartão, vale, "
+         "conta-corrente): list [--json]; add CÓDIGO DESCRIÇÃO TIPO; set CÓDIGO [--description "
+         "TEXTO] [--type TIPO]; remove CÓDIGO.",
+         &RunTender},
+        {"taxable-group", "list|add|set|remove ...",
+         "Taxas de IVA e a taxa de cada região fiscal (1 Continente, 2 Açores, 3 Madeira): list "
+         "[--json]; add CÓDIGO DESCRIÇÃO --rate REGIÃO=TAXA...; set CÓDIGO [--description TEXTO] "
+         "[--rate REGIÃO=TAXA]...; remove CÓDIGO.",
+         &RunTaxableGroup},
+        {"warehouse", "list|add|set|remove ...",
+         "Armazéns: list [--json]; add CÓDIGO DESCRIÇÃO; set CÓDIGO --description TEXTO; remove "
+         "CÓDIGO.",
+         &RunWarehouse},
+        {"workstation", "list|add|set|remove ...",
+         "Postos e o armazém dos seus documentos: list [--json]; add CÓDIGO DESCRIÇÃO "
+         "[--warehouse ARMAZÉM]; set CÓDIGO [--description TEXTO] [--warehouse ARMAZÉM]; remove "
+         "CÓDIGO.",
+         &RunWorkstation},
+        {"supplier", "list|add|set|remove ...",
+         "Fornecedores: list [--json]; add CÓDIGO NOME [--tax-number NIF]; set CÓDIGO [--name "
+         "NOME] [--tax-number NIF]; remove CÓDIGO.",
+         &RunSupplier},
+        {"company", "show [--json]|set ...",
+         "A empresa: set [--name NOME] [--tax-number NIF] [--currency MOEDA] [--tax-region "
+         "REGIÃO].",
+         &RunCompany},
         {"report", "sales|cash [--from DATA] [--to DATA] | account CLIENTE",
          "Vendas (por dia, tipo e modalidade; stock dos mais vendidos), movimentos de caixa, ou "
          "a conta corrente de um cliente.",

@@ -7,12 +7,13 @@
 
 #include "backoffice/BackOffice.h"
 #include "backoffice/cli/Command.h"
+#include "backoffice/cli/JsonText.h"
 #include "core/Error.h"
 
 namespace kitra::backoffice::cli {
 namespace {
 
-constexpr const char* kUsage = "Uso: kitra-host series list | series add CÓDIGO DESCRIÇÃO";
+constexpr const char* kUsage = "Uso: kitra-host series list [--json] | series add CÓDIGO DESCRIÇÃO";
 
 const char* KindName(host::SeriesKind kind) {
     switch (kind) {
@@ -29,11 +30,20 @@ int RunSeries(CommandContext& context) {
     if (context.arguments.empty()) throw UsageError(kUsage);
     const std::string& action = context.arguments.front();
     BackOffice office(context.dataFolder);
+    const bool json = action == "list" && context.TakeFlag("--json");
     if (action == "list" && context.arguments.size() == 1) {
+        std::string list;
         for (const host::DocumentSeries& series : office.documentSeries.List()) {
-            context.out << fmt::format("{}\t{}\t{}\t{}\n", series.SeriesID, KindName(series.Kind),
-                                       series.Active ? "activa" : "inactiva", series.Description);
+            if (json) {
+                list += fmt::format("{}{{\"code\":{},\"kind\":{},\"active\":{},\"description\":{}}}",
+                                    list.empty() ? "" : ",", Json(series.SeriesID),
+                                    Json(KindName(series.Kind)), series.Active, Json(series.Description));
+            } else {
+                context.out << fmt::format("{}\t{}\t{}\t{}\n", series.SeriesID, KindName(series.Kind),
+                                           series.Active ? "activa" : "inactiva", series.Description);
+            }
         }
+        if (json) context.out << "[" << list << "]\n";
         return kExitOk;
     }
     if (action != "add" || context.arguments.size() != 3) throw UsageError(kUsage);

@@ -20,6 +20,7 @@
 #include <QTest>
 #include <QTimeEdit>
 #include <QToolButton>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <tuple>
@@ -844,6 +845,57 @@ private slots:
             QCOMPARE(after.ToXML(), before.ToXML());
             QCOMPARE(after.StockTransDocument, std::string("GT"));
         });
+    }
+
+    // The lists of both windows are the back office's records: what the administrator makes
+    // with kitra-host shows in them.
+
+    void theListsShowTheRecordsMadeWithKitraHost() {
+        for (const std::string& command :
+             {std::string("document-type add TKA 'Venda take-away' venda"),
+              std::string("tender add 7 'MB Way' cartão"),
+              std::string("taxable-group add 5 'Taxa de parque' --rate 1=6,5"),
+              std::string("warehouse add 3 'Cave da Baixa'"),
+              std::string("workstation add 4 Esplanada --warehouse 3"),
+              std::string("supplier set 1 --name 'Peixaria Atlântica, Lda.'")}) {
+            const std::string line = std::string(KITRA_HOST_PROGRAM) + " --data '" +
+                                     office->Folder().string() + "' " + command + " >/dev/null";
+            QCOMPARE(std::system(line.c_str()), 0);
+        }
+        {
+            frmSettings dialog(Services());
+            dialog.Open(Setting(kValidXml));
+            dialog.show();
+            auto& payments = Child<QTableWidget>(dialog, "vsfPayments");
+            PickInGrid(payments, 0, QStringLiteral("7"));
+            QCOMPARE(payments.item(0, frmSettings::kHostCode)->text(), QStringLiteral("7"));
+            QCOMPARE(payments.item(0, frmSettings::kDescription)->text(), QStringLiteral("MB Way"));
+            auto& groups = Child<QTableWidget>(dialog, "vsfTaxableGroups");
+            PickInGrid(groups, 0, QStringLiteral("5"));
+            QCOMPARE(groups.item(0, frmSettings::kDescription)->text(), QStringLiteral("Taxa de parque"));
+            auto& invoice = Child<QComboBox>(dialog, "cboInvoiceTransDocument");
+            Pick(invoice, QStringLiteral("TKA"));
+            QCOMPARE(invoice.currentText(), QStringLiteral("TKA"));
+            QCOMPARE(invoice.model()->index(invoice.currentIndex(), 1).data().toString(),
+                     QStringLiteral("Venda take-away"));
+        }
+        frmAddRestaurant editor(Services());
+        editor.show();
+        // An entry of a combo, in whichever of its columns it shows.
+        const auto listed = [&](const char* combo, const QString& text) {
+            const QAbstractItemModel& model = *Child<QComboBox>(editor, combo).model();
+            for (int row = 0; row < model.rowCount(); ++row) {
+                for (int column = 0; column < model.columnCount(); ++column) {
+                    if (model.index(row, column).data().toString() == text) return true;
+                }
+            }
+            return false;
+        };
+        QVERIFY(listed("cboDefaultWarehouseID", QStringLiteral("Cave da Baixa")));
+        QVERIFY(listed("cboWasteWarehouseID", QStringLiteral("Cave da Baixa")));
+        QVERIFY(listed("cboWorkstation", QStringLiteral("Terminal 4")));
+        Child<QDoubleSpinBox>(editor, "numDefaultSupplierID").setValue(1);
+        QCOMPARE(Child<QLabel>(editor, "stfDefaultSupplierID").text(), QStringLiteral("Peixaria Atlântica, Lda."));
     }
 };
 
