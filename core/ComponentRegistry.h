@@ -4,6 +4,9 @@
 // one line per class: "{CLSID}<TAB>ProgID<TAB>module path". Its place, first that applies:
 // $KITRA_COMPONENT_REGISTRY, $XDG_CONFIG_HOME/kitra/components.registry,
 // $HOME/.config/kitra/components.registry.
+// On Windows the registry is the system's registry of classes (HKEY_CLASSES_ROOT): Register,
+// Unregister and Find work there, and there is no registry file (no ComponentRegistryPath, no
+// ReadComponentRegistry).
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -18,10 +21,12 @@ struct ComponentEntry {
     std::string modulePath;
 };
 
+#if !defined(_WIN32)
 std::filesystem::path ComponentRegistryPath();
 
 // All entries; an absent file is an empty registry. Throws Error on an unreadable file.
 std::vector<ComponentEntry> ReadComponentRegistry();
+#endif
 
 // Adds the entry, replacing one with the same class id. The file is rewritten atomically.
 void RegisterComponent(const ComponentEntry& entry);
