@@ -132,6 +132,9 @@ int main(int argc, char** argv) {
     int status = 0;
     try {
         backoffice::BackOffice office(argv[1]);
+        // The settings' history says which command stored them, named as kitra-host names its
+        // own, so that the two hosts' back offices can be compared row by row.
+        office.settingsStore.SetOrigin(command == "load" ? "settings load" : command);
         auto notifier = std::make_shared<backoffice::RecordingEventNotifier>();
         backoffice::RecordingMessageBoxes boxes;
         const host::HostServices services = office.Services(notifier.get(), &boxes);
