@@ -55,7 +55,9 @@ std::optional<std::string> ReadText(const std::string& path, const char* name = 
 bool DeleteTree(const std::string& path) {
     const LONG status = ::RegDeleteTreeA(HKEY_CLASSES_ROOT, path.c_str());
     if (status == ERROR_FILE_NOT_FOUND) return false;
-    if (status != ERROR_SUCCESS) throw Error("Não foi possível apagar a chave HKEY_CLASSES_ROOT\\" + path);
+    if (status != ERROR_SUCCESS) {
+        throw Error("Não foi possível apagar a chave HKEY_CLASSES_ROOT\\" + path);
+    }
     return true;
 }
 

@@ -3,9 +3,9 @@
 // component library by its registered class (CoCreateInstance), never by linking it.
 //
 //   kitra-windows-host DATA identity       the identity constants and the module's life count
-//   kitra-windows-host DATA load FILE      LoadDefaults with the file's text; prints what is stored
+//   kitra-windows-host DATA load FILE      LoadDefaults with the file's text; prints what it stored
 //   kitra-windows-host DATA validate       ValidateSettings and the messages it showed
-//   kitra-windows-host DATA dialogs        Config and ShowTrace: what this build says of its windows
+//   kitra-windows-host DATA dialogs        Config and ShowTrace, which say there are no windows
 //   kitra-windows-host DATA execute        Execute (one import run), its statuses and messages
 //   kitra-windows-host DATA reset          ResetData
 // Exits 0 when every check of the command held, 1 when one failed, 2 on a usage error.
@@ -54,9 +54,9 @@ void PrintBoxes(const backoffice::RecordingMessageBoxes& boxes) {
 // The connector as the system's component library creates it; fails with an Error otherwise.
 host::ComPtr<host::IConnector> CreateConnector() {
     host::ComPtr<host::IConnector> connector;
-    const HRESULT result =
-        ::CoCreateInstance(SystemGuid(connector::kCLSID_KitraConnector), nullptr,
-                           CLSCTX_INPROC_SERVER, SystemGuid(host::kIID_IConnector), connector.Out());
+    const HRESULT result = ::CoCreateInstance(SystemGuid(connector::kCLSID_KitraConnector),
+                                              nullptr, CLSCTX_INPROC_SERVER,
+                                              SystemGuid(host::kIID_IConnector), connector.Out());
     if (FAILED(result)) {
         char text[160];
         std::snprintf(text, sizeof text,
@@ -159,7 +159,9 @@ int main(int argc, char** argv) {
             connector->EventNotifier(notifier);
             connector->Execute();
             connector->Dispose();
-            for (const std::string& text : notifier->statuses) std::cout << "estado: " << text << "\n";
+            for (const std::string& text : notifier->statuses) {
+                std::cout << "estado: " << text << "\n";
+            }
             PrintBoxes(boxes);
         } else if (command == "reset") {
             CreateConnector()->ResetData();
