@@ -165,7 +165,14 @@ table_rows() {
   local db="$1/backoffice.sqlite" table
   for table in $(sqlite3 "$db" "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name"); do
     printf '== %s\n' "$table"
-    sqlite3 "$db" "SELECT * FROM \"$table\" ORDER BY 1"
+    if [ "$table" = account_settlements ]; then
+      # The restaurant lists a receipt's documents in an order of its own (its statement joins
+      # them without one), so a receipt's settlements are numbered in that order: they are
+      # compared by receipt and entry.
+      sqlite3 "$db" "SELECT ReceiptKey, EntryID, Amount, InvoiceValue FROM account_settlements ORDER BY 1, 2"
+    else
+      sqlite3 "$db" "SELECT * FROM \"$table\" ORDER BY 1"
+    fi
   done | mask_moments
 }
 log_text "$linux_data" >"$work/linux-log.txt"
