@@ -45,7 +45,8 @@ export WINEDLLOVERRIDES="mscoree=;mshtml="
 export ODBCSYSINI="$linux_build/odbc"
 unset DISPLAY
 
-winpath() { "$wine" winepath -w "$1" 2>/dev/null | tr -d '\r'; }
+# A Linux path as Windows programs see it: Wine's drive Z: is the root of the file system.
+winpath() { printf 'Z:%s' "${1//\//\\}"; }
 run_windows() { "$wine" "$@" 2>&1 | tr -d '\r'; return "${PIPESTATUS[0]}"; }
 
 rm -rf "$work"
@@ -100,7 +101,7 @@ check "the ProgID names the class" test "$(reg_value "HKCR\\$progid\\CLSID")" = 
 # kitra-host and on Windows through the registered module.
 server="$work/mariadb"
 # shellcheck disable=SC2064  # the paths are fixed now
-trap "$(printf '%q stop %q >/dev/null 2>&1 || true' "$top/tools/mariadb" "$server")" EXIT
+trap "$(printf '%q stop %q >/dev/null 2>&1 || true; %q -k 2>/dev/null || true' "$top/tools/mariadb" "$server" "$wineserver")" EXIT
 say "starting a private MariaDB server"
 "$top/tools/mariadb" start "$server" >/dev/null
 eval "$("$top/tools/mariadb" env "$server" | grep -E '^KITRA_MARIADB_(HOST|PORT|USER|PASSWORD)=')"
@@ -208,7 +209,5 @@ check "ResetData empties the log table" \
 check "regsvr32 /u unregisters the module" "$wine" regsvr32 /s /u "$module"
 check "no key of the class is left" bash -c "! $(printf '%q ' "$wine") reg query 'HKCR\\CLSID\\$clsid' >/dev/null 2>&1"
 check "no key of the ProgID is left" bash -c "! $(printf '%q ' "$wine") reg query 'HKCR\\$progid' >/dev/null 2>&1"
-"$wineserver" -k 2>/dev/null || true
-
 echo "Windows: $passed passed, $failed failed"
 [ "$failed" -eq 0 ]
