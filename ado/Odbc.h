@@ -2,6 +2,9 @@
 // The ODBC plumbing under Connection and Recordset: owned handles, the driver's diagnostics as
 // the system's Error, UTF-8 <-> UTF-16 for the wide ODBC calls, and reading a whole result.
 // Internal to ado/: nothing above this layer includes ODBC headers.
+#if defined(_WIN32)
+#include <windows.h>  // the system's ODBC headers are written on its types
+#endif
 #include <sql.h>
 #include <sqlext.h>
 

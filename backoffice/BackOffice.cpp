@@ -36,7 +36,10 @@ FileContents Inspect(const std::filesystem::path& file) {
     if (std::filesystem::is_regular_file(file, error) && std::filesystem::file_size(file, error) == 0)
         return {FileContents::Kind::Empty, {}};
     sqlite3* db = nullptr;
-    int rc = sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
+    // SQLite takes the name in UTF-8 on every platform.
+    const std::u8string name = file.u8string();
+    int rc = sqlite3_open_v2(reinterpret_cast<const char*>(name.c_str()), &db, SQLITE_OPEN_READONLY,
+                             nullptr);
     FileContents contents;
     std::vector<std::string> tables;
     bool hasCompany = false;
@@ -179,7 +182,7 @@ void BackOffice::Create(const std::filesystem::path& dataFolder) {
     // makes beside it are the owner's only, whatever the umask of the program that creates it.
     const OwnerOnlyFiles ownerOnly;
     MakePrivateFolder(dataFolder, "a pasta de dados");
-    // Built complete under a name of its own, then linked to the real name: link() fails when
+    // Built complete under a name of its own, then linked to the real name: a hard link fails when
     // the name is taken, so of two programs creating at once, exactly one succeeds and the
     // other changes nothing.
     const std::filesystem::path draft =
@@ -193,12 +196,13 @@ void BackOffice::Create(const std::filesystem::path& dataFolder) {
         RemoveDatabaseFiles(draft);
         throw;
     }
-    if (::link(draft.c_str(), file.c_str()) != 0) {
-        const int cause = errno;
+    std::error_code linked;
+    std::filesystem::create_hard_link(draft, file, linked);
+    if (linked) {
         RemoveDatabaseFiles(draft);
-        if (cause == EEXIST) throw AlreadyThere(dataFolder);
+        if (linked == std::errc::file_exists) throw AlreadyThere(dataFolder);
         throw Error(fmt::format("Não foi possível criar '{}': {}", file.string(),
-                                std::strerror(cause)));
+                                linked.message()));
     }
     RemoveDatabaseFiles(draft);
     try {

@@ -223,7 +223,9 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
 
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX |
                       (mode == OpenMode::CreateNew ? SQLITE_OPEN_CREATE : 0);
-    const int rc = sqlite3_open_v2(file_.c_str(), &db_, flags, nullptr);
+    // SQLite takes the name in UTF-8 on every platform.
+    const std::u8string name = file_.u8string();
+    const int rc = sqlite3_open_v2(reinterpret_cast<const char*>(name.c_str()), &db_, flags, nullptr);
     if (rc != SQLITE_OK) {
         const std::string message = db_ != nullptr ? sqlite3_errmsg(db_) : sqlite3_errstr(rc);
         sqlite3_close(db_);

@@ -4,33 +4,17 @@
 
 #include "connector/Platform.h"
 
-#if defined(_WIN32)
-#include <windows.h>
-#else
 #include <dlfcn.h>
-#endif
 
 namespace kitra::connector {
 namespace {
 
-#if defined(_WIN32)
-constexpr const char* kDialogsModuleFile = "POSConnectorKitraDialogs.dll";
-#else
 constexpr const char* kDialogsModuleFile = "POSConnectorKitraDialogs.so";
-#endif
 
 // Finds an entry point of the dialogs module; the module stays loaded for the process's life,
 // as a window system does not take being unloaded well.
 void* DialogsEntry(const char* name, std::string& error) {
     const std::string path = DialogsModulePath();
-#if defined(_WIN32)
-    HMODULE module = LoadLibraryA(path.c_str());
-    if (module == nullptr) {
-        error = "não foi possível carregar o módulo '" + path + "'";
-        return nullptr;
-    }
-    void* entry = reinterpret_cast<void*>(GetProcAddress(module, name));
-#else
     void* module = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (module == nullptr) {
         const char* reason = ::dlerror();
@@ -38,7 +22,6 @@ void* DialogsEntry(const char* name, std::string& error) {
         return nullptr;
     }
     void* entry = ::dlsym(module, name);
-#endif
     if (entry == nullptr) error = "o módulo '" + path + "' não tem a entrada " + name;
     return entry;
 }

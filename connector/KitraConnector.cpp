@@ -24,7 +24,7 @@ KitraConnector::KitraConnector() { ObjectCreated(); }
 
 KitraConnector::~KitraConnector() { ObjectDestroyed(); }
 
-host::HResult KitraConnector::QueryInterface(const host::Guid& iid, void** object) {
+host::HResult KITRA_COM_CALL KitraConnector::QueryInterface(const host::Guid& iid, void** object) {
     if (object == nullptr) return host::kPointer;
     if (iid == host::kIID_IUnknown || iid == host::kIID_IConnector) {
         *object = static_cast<host::IConnector*>(this);
@@ -35,19 +35,19 @@ host::HResult KitraConnector::QueryInterface(const host::Guid& iid, void** objec
     return host::kNoInterface;
 }
 
-std::uint32_t KitraConnector::AddRef() { return ++references_; }
+std::uint32_t KITRA_COM_CALL KitraConnector::AddRef() { return ++references_; }
 
-std::uint32_t KitraConnector::Release() {
+std::uint32_t KITRA_COM_CALL KitraConnector::Release() {
     const std::uint32_t left = --references_;
     if (left == 0) delete this;
     return left;
 }
 
-std::string KitraConnector::ConnectorID() { return "Quarn.Mercatill.Connector.Kitra"; }
+std::string KITRA_COM_CALL KitraConnector::ConnectorID() { return "Quarn.Mercatill.Connector.Kitra"; }
 
-std::string KitraConnector::Description() { return "Integrador KitranaII"; }
+std::string KITRA_COM_CALL KitraConnector::Description() { return "Integrador KitranaII"; }
 
-std::string KitraConnector::Signature(const std::string& text) {
+std::string KITRA_COM_CALL KitraConnector::Signature(const std::string& text) {
     // Trapped like every other public member: a host without a signature service, or one whose
     // service fails, gets an empty signature rather than an exception across the interface.
     try {
@@ -58,13 +58,13 @@ std::string KitraConnector::Signature(const std::string& text) {
     }
 }
 
-bool KitraConnector::HasUISetting() { return true; }
+bool KITRA_COM_CALL KitraConnector::HasUISetting() { return true; }
 
-std::string KitraConnector::Version() {
+std::string KITRA_COM_CALL KitraConnector::Version() {
     return FormatComponentVersion(KITRA_VERSION_MAJOR, KITRA_VERSION_MINOR, KITRA_VERSION_PATCH);
 }
 
-bool KitraConnector::Config() {
+bool KITRA_COM_CALL KitraConnector::Config() {
     try {
         const host::HostServices& services = host::CurrentHostServices();
         if (!services.application->ExternalUnsignedSeriesActive()) {
@@ -88,11 +88,11 @@ bool KitraConnector::Config() {
     }
 }
 
-bool KitraConnector::Init() { return true; }
+bool KITRA_COM_CALL KitraConnector::Init() { return true; }
 
-void KitraConnector::Dispose() { eventNotifier_.reset(); }
+void KITRA_COM_CALL KitraConnector::Dispose() { eventNotifier_.reset(); }
 
-void KitraConnector::Execute() {
+void KITRA_COM_CALL KitraConnector::Execute() {
     try {
         KitraExecutioner engine(host::CurrentHostServices());
         engine.SetEventNotifier(eventNotifier_);
@@ -102,7 +102,7 @@ void KitraConnector::Execute() {
     }
 }
 
-bool KitraConnector::ValidateSettings() {
+bool KITRA_COM_CALL KitraConnector::ValidateSettings() {
     try {
         const host::HostServices& services = host::CurrentHostServices();
         KitraConnectorSetting setting(*services.utility);
@@ -127,13 +127,13 @@ bool KitraConnector::ValidateSettings() {
     }
 }
 
-void KitraConnector::EventNotifier(std::shared_ptr<host::IEventNotifier> notifier) {
+void KITRA_COM_CALL KitraConnector::EventNotifier(std::shared_ptr<host::IEventNotifier> notifier) {
     eventNotifier_ = std::move(notifier);
 }
 
-bool KitraConnector::HasUITrace() { return true; }
+bool KITRA_COM_CALL KitraConnector::HasUITrace() { return true; }
 
-bool KitraConnector::LoadDefaults(const std::string& xml) {
+bool KITRA_COM_CALL KitraConnector::LoadDefaults(const std::string& xml) {
     try {
         const host::HostServices& services = host::CurrentHostServices();
         KitraConnectorSetting setting(*services.utility);
@@ -145,9 +145,9 @@ bool KitraConnector::LoadDefaults(const std::string& xml) {
     }
 }
 
-bool KitraConnector::Save() { return false; }
+bool KITRA_COM_CALL KitraConnector::Save() { return false; }
 
-bool KitraConnector::Delete() {
+bool KITRA_COM_CALL KitraConnector::Delete() {
     try {
         const host::HostServices& services = host::CurrentHostServices();
         KitraConnectorSetting setting(*services.utility);
@@ -158,7 +158,7 @@ bool KitraConnector::Delete() {
     }
 }
 
-void KitraConnector::ShowTrace() {
+void KITRA_COM_CALL KitraConnector::ShowTrace() {
     try {
         ShowTraceDialog(host::CurrentHostServices());
     } catch (...) {
@@ -166,9 +166,9 @@ void KitraConnector::ShowTrace() {
     }
 }
 
-std::string KitraConnector::FunctionalLevel() { return "SQL09"; }
+std::string KITRA_COM_CALL KitraConnector::FunctionalLevel() { return "SQL09"; }
 
-void KitraConnector::ResetData() {
+void KITRA_COM_CALL KitraConnector::ResetData() {
     try {
         DSOKitraLog(host::CurrentHostServices()).ResetLog();
     } catch (...) {
@@ -176,14 +176,14 @@ void KitraConnector::ResetData() {
     }
 }
 
-bool KitraConnector::HandleImportExport() { return false; }
+bool KITRA_COM_CALL KitraConnector::HandleImportExport() { return false; }
 
-bool KitraConnector::HandleReExport() { return false; }
+bool KITRA_COM_CALL KitraConnector::HandleReExport() { return false; }
 
-void KitraConnector::ImportData() {}
+void KITRA_COM_CALL KitraConnector::ImportData() {}
 
-void KitraConnector::ExportData() {}
+void KITRA_COM_CALL KitraConnector::ExportData() {}
 
-void KitraConnector::ReExport(const Variant&, const Variant&, const Variant&, const Variant&) {}
+void KITRA_COM_CALL KitraConnector::ReExport(const Variant&, const Variant&, const Variant&, const Variant&) {}
 
 }  // namespace kitra::connector

@@ -21,34 +21,35 @@ public:
     KitraConnector& operator=(const KitraConnector&) = delete;
 
     // IUnknown
-    host::HResult QueryInterface(const host::Guid& iid, void** object) override;
-    std::uint32_t AddRef() override;
-    std::uint32_t Release() override;
+    host::HResult KITRA_COM_CALL QueryInterface(const host::Guid& iid, void** object) override;
+    std::uint32_t KITRA_COM_CALL AddRef() override;
+    std::uint32_t KITRA_COM_CALL Release() override;
 
     // IConnector, in slot order
-    std::string ConnectorID() override;
-    std::string Description() override;
-    std::string Signature(const std::string& text) override;
-    bool HasUISetting() override;
-    std::string Version() override;
-    bool Config() override;
-    bool Init() override;
-    void Dispose() override;
-    void Execute() override;
-    bool ValidateSettings() override;
-    void EventNotifier(std::shared_ptr<host::IEventNotifier> notifier) override;
-    bool HasUITrace() override;
-    bool LoadDefaults(const std::string& xml) override;
-    bool Save() override;
-    bool Delete() override;
-    void ShowTrace() override;
-    std::string FunctionalLevel() override;
-    void ResetData() override;
-    bool HandleImportExport() override;
-    bool HandleReExport() override;
-    void ImportData() override;
-    void ExportData() override;
-    void ReExport(const Variant& a, const Variant& b, const Variant& c, const Variant& d) override;
+    std::string KITRA_COM_CALL ConnectorID() override;
+    std::string KITRA_COM_CALL Description() override;
+    std::string KITRA_COM_CALL Signature(const std::string& text) override;
+    bool KITRA_COM_CALL HasUISetting() override;
+    std::string KITRA_COM_CALL Version() override;
+    bool KITRA_COM_CALL Config() override;
+    bool KITRA_COM_CALL Init() override;
+    void KITRA_COM_CALL Dispose() override;
+    void KITRA_COM_CALL Execute() override;
+    bool KITRA_COM_CALL ValidateSettings() override;
+    void KITRA_COM_CALL EventNotifier(std::shared_ptr<host::IEventNotifier> notifier) override;
+    bool KITRA_COM_CALL HasUITrace() override;
+    bool KITRA_COM_CALL LoadDefaults(const std::string& xml) override;
+    bool KITRA_COM_CALL Save() override;
+    bool KITRA_COM_CALL Delete() override;
+    void KITRA_COM_CALL ShowTrace() override;
+    std::string KITRA_COM_CALL FunctionalLevel() override;
+    void KITRA_COM_CALL ResetData() override;
+    bool KITRA_COM_CALL HandleImportExport() override;
+    bool KITRA_COM_CALL HandleReExport() override;
+    void KITRA_COM_CALL ImportData() override;
+    void KITRA_COM_CALL ExportData() override;
+    void KITRA_COM_CALL ReExport(const Variant& a, const Variant& b, const Variant& c,
+                                 const Variant& d) override;
 
 private:
     ~KitraConnector();  // through Release only

@@ -2,6 +2,7 @@
 #include "connector/Module.h"
 
 #include <new>
+#include <type_traits>
 
 #include "connector/KitraConnector.h"
 #include "connector/Platform.h"
@@ -14,7 +15,7 @@ namespace {
 // only LockServer holds the module in memory on its behalf.
 class KitraConnectorFactory final : public host::IClassFactory {
 public:
-    host::HResult QueryInterface(const host::Guid& iid, void** object) override {
+    host::HResult KITRA_COM_CALL QueryInterface(const host::Guid& iid, void** object) override {
         if (object == nullptr) return host::kPointer;
         if (iid == host::kIID_IUnknown || iid == host::kIID_IClassFactory) {
             *object = static_cast<host::IClassFactory*>(this);
@@ -24,11 +25,11 @@ public:
         *object = nullptr;
         return host::kNoInterface;
     }
-    std::uint32_t AddRef() override { return 2; }
-    std::uint32_t Release() override { return 1; }
+    std::uint32_t KITRA_COM_CALL AddRef() override { return 2; }
+    std::uint32_t KITRA_COM_CALL Release() override { return 1; }
 
-    host::HResult CreateInstance(host::IUnknown* outer, const host::Guid& iid,
-                                 void** object) override {
+    host::HResult KITRA_COM_CALL CreateInstance(host::IUnknown* outer, const host::Guid& iid,
+                                                void** object) override {
         if (object == nullptr) return host::kPointer;
         *object = nullptr;
         if (outer != nullptr) return host::kNoAggregation;
@@ -41,8 +42,8 @@ public:
         return result;
     }
 
-    host::HResult LockServer(bool lock) override {
-        if (lock) {
+    host::HResult KITRA_COM_CALL LockServer(std::int32_t lock) override {
+        if (lock != 0) {
             ServerLocked();
         } else {
             ServerUnlocked();
@@ -60,19 +61,19 @@ KitraConnectorFactory g_factory;
 using namespace kitra;
 using namespace kitra::connector;
 
-extern "C" KITRA_EXPORT host::HResult DllGetClassObject(const host::Guid& clsid,
-                                                        const host::Guid& iid, void** object) {
+extern "C" KITRA_ENTRY_POINT host::HResult KITRA_COM_CALL
+DllGetClassObject(const host::Guid& clsid, const host::Guid& iid, void** object) {
     if (object == nullptr) return host::kPointer;
     *object = nullptr;
     if (!(clsid == kCLSID_KitraConnector)) return host::kClassNotAvailable;
     return g_factory.QueryInterface(iid, object);
 }
 
-extern "C" KITRA_EXPORT host::HResult DllCanUnloadNow() {
+extern "C" KITRA_ENTRY_POINT host::HResult KITRA_COM_CALL DllCanUnloadNow() {
     return CanUnload() ? host::kOk : host::kFalse;
 }
 
-extern "C" KITRA_EXPORT host::HResult DllRegisterServer() {
+extern "C" KITRA_ENTRY_POINT host::HResult KITRA_COM_CALL DllRegisterServer() {
     try {
         RegisterComponent({host::GuidToString(kCLSID_KitraConnector), kProgID_KitraConnector,
                            ModulePath()});
@@ -82,7 +83,7 @@ extern "C" KITRA_EXPORT host::HResult DllRegisterServer() {
     }
 }
 
-extern "C" KITRA_EXPORT host::HResult DllUnregisterServer() {
+extern "C" KITRA_ENTRY_POINT host::HResult KITRA_COM_CALL DllUnregisterServer() {
     try {
         UnregisterComponent(host::GuidToString(kCLSID_KitraConnector));
         return host::kOk;
@@ -90,3 +91,9 @@ extern "C" KITRA_EXPORT host::HResult DllUnregisterServer() {
         return host::kSelfRegClass;
     }
 }
+
+// The entry points have the shapes a host calls them by.
+static_assert(std::is_same_v<decltype(&DllGetClassObject), host::DllGetClassObjectFn>);
+static_assert(std::is_same_v<decltype(&DllCanUnloadNow), host::DllCanUnloadNowFn>);
+static_assert(std::is_same_v<decltype(&DllRegisterServer), host::DllRegisterServerFn>);
+static_assert(std::is_same_v<decltype(&DllUnregisterServer), host::DllUnregisterServerFn>);

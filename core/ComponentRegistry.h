@@ -6,6 +6,9 @@
 // $HOME/.config/kitra/components.registry. Without $KITRA_COMPONENT_REGISTRY a class the user's
 // registry lacks is looked up in the machine's, /etc/kitra/components.registry, where the
 // installed package registers the connector (with KITRA_COMPONENT_REGISTRY naming that file).
+// On Windows the registry is the system's registry of classes (HKEY_CLASSES_ROOT): Register,
+// Unregister and Find work there, and there is no registry file (no ComponentRegistryPath, no
+// ReadComponentRegistry).
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -20,11 +23,13 @@ struct ComponentEntry {
     std::string modulePath;
 };
 
+#if !defined(_WIN32)
 std::filesystem::path ComponentRegistryPath();
 std::filesystem::path MachineComponentRegistryPath();
 
 // All entries; an absent file is an empty registry. Throws Error on an unreadable file.
 std::vector<ComponentEntry> ReadComponentRegistry();
+#endif
 
 // Adds the entry, replacing one with the same class id. The file is rewritten atomically.
 void RegisterComponent(const ComponentEntry& entry);

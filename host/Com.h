@@ -2,15 +2,29 @@
 // The component platform's binary shapes: GUIDs, result codes, reference-counted interfaces
 // found by GUID, and the class factory through which a host creates a component. The host and
 // its in-process components are built with the same C++ toolchain, so interfaces are C++
-// abstract classes whose first three slots are QueryInterface, AddRef and Release.
+// abstract classes whose first three slots are QueryInterface, AddRef and Release. On Windows
+// they are the system's own component shapes: a Windows client calls IUnknown, IClassFactory
+// and the entry points through these declarations, so every method carries the system's
+// calling convention (KITRA_COM_CALL) and the asserts below hold what such a client relies on.
 #include <cctype>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
+
+// The calling convention of every component interface method and entry point: __stdcall on
+// 32-bit Windows (the callee pops its arguments, as every Windows client expects), the
+// platform's only convention elsewhere (64-bit Windows and Linux).
+#if defined(_WIN32) && !defined(_WIN64)
+#define KITRA_COM_CALL __stdcall
+#else
+#define KITRA_COM_CALL
+#endif
 
 namespace kitra::host {
 
@@ -72,11 +86,17 @@ inline std::optional<Guid> GuidFromString(std::string_view text) {
     return g;
 }
 
+// The system's GUID is 16 bytes in this order, and interfaces reach a component as bare
+// pointers to an object whose first word is its table of methods.
+static_assert(sizeof(Guid) == 16 && std::is_standard_layout_v<Guid>);
+static_assert(offsetof(Guid, data2) == 4 && offsetof(Guid, data3) == 6 && offsetof(Guid, data4) == 8);
+static_assert(sizeof(HResult) == 4);
+
 class IUnknown {
 public:
-    virtual HResult QueryInterface(const Guid& iid, void** object) = 0;
-    virtual std::uint32_t AddRef() = 0;
-    virtual std::uint32_t Release() = 0;
+    virtual HResult KITRA_COM_CALL QueryInterface(const Guid& iid, void** object) = 0;
+    virtual std::uint32_t KITRA_COM_CALL AddRef() = 0;
+    virtual std::uint32_t KITRA_COM_CALL Release() = 0;
 
 protected:
     ~IUnknown() = default;  // objects die through Release, never through delete
@@ -84,8 +104,10 @@ protected:
 
 class IClassFactory : public IUnknown {
 public:
-    virtual HResult CreateInstance(IUnknown* outer, const Guid& iid, void** object) = 0;
-    virtual HResult LockServer(bool lock) = 0;
+    virtual HResult KITRA_COM_CALL CreateInstance(IUnknown* outer, const Guid& iid,
+                                                  void** object) = 0;
+    // `lock` is the system's 32-bit boolean: nonzero locks, zero unlocks.
+    virtual HResult KITRA_COM_CALL LockServer(std::int32_t lock) = 0;
 
 protected:
     ~IClassFactory() = default;
@@ -96,11 +118,17 @@ inline constexpr Guid kIID_IUnknown{0x00000000, 0x0000, 0x0000,
 inline constexpr Guid kIID_IClassFactory{0x00000001, 0x0000, 0x0000,
                                          {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 
+// A client finds QueryInterface, AddRef and Release in the first three slots and nothing
+// before the table of methods: no data members, no virtual base.
+static_assert(std::is_polymorphic_v<IUnknown> && sizeof(IUnknown) == sizeof(void*));
+static_assert(sizeof(IClassFactory) == sizeof(void*));
+
 // The entry points every in-process component module exports (C linkage).
-using DllGetClassObjectFn = HResult (*)(const Guid& clsid, const Guid& iid, void** object);
-using DllCanUnloadNowFn = HResult (*)();
-using DllRegisterServerFn = HResult (*)();
-using DllUnregisterServerFn = HResult (*)();
+using DllGetClassObjectFn = HResult(KITRA_COM_CALL*)(const Guid& clsid, const Guid& iid,
+                                                     void** object);
+using DllCanUnloadNowFn = HResult(KITRA_COM_CALL*)();
+using DllRegisterServerFn = HResult(KITRA_COM_CALL*)();
+using DllUnregisterServerFn = HResult(KITRA_COM_CALL*)();
 
 // Holds one reference to an interface and releases it when it goes.
 template <typename Interface>

@@ -6,7 +6,7 @@
 //
 // The slot is the static of an inline function, so there is one per process as long as the
 // host program exports its symbols to the modules it loads (on Linux: link it with
-// -rdynamic / ENABLE_EXPORTS).
+// -rdynamic / ENABLE_EXPORTS; on Windows: the program exports the slot by name, below).
 #include "core/Error.h"
 #include "host/IAccountTransactionService.h"
 #include "host/IApplication.h"
@@ -80,10 +80,17 @@ struct HostServices {
 };
 
 namespace detail {
+#if defined(_WIN32)
+// A Windows module's statics are its own, whatever it links: the slot is the host program's,
+// which the program exports by name (host/HostServicesProgramSlot.cpp), and every module of the
+// process finds it there (host/HostServicesSlotWindows.cpp).
+const HostServices*& CurrentHostServicesSlot();
+#else
 inline const HostServices*& CurrentHostServicesSlot() {
     static const HostServices* current = nullptr;
     return current;
 }
+#endif
 }  // namespace detail
 
 // Makes `services` the process's current set (nullptr: none). The host calls it before it

@@ -1,0 +1,143 @@
+# The Windows build, cross-compiled with the mingw-w64 toolchains of cmake/toolchains: the
+# component module POSConnectorKitra.dll (an in-process COM server) from the same sources as
+# on Linux, and, for the tests, the reference back office, a test host program and the unit
+# tests that make sense on Windows. There is no Qt for Windows here: the dialogs' modules, the
+# Qt views, the kitra-host program and its Qt desktop are not built.
+#
+# Third-party code, all from Debian:
+#   {fmt}    header-only, from Debian's own headers (libfmt-dev);
+#   pugixml  compiled for the target from Debian's source package (KITRA_PUGIXML_SOURCE: the
+#            folder holding pugixml.cpp);
+#   SQLite   compiled for the target from the amalgamation made from Debian's source package
+#            (KITRA_SQLITE_SOURCE: the folder holding sqlite3.c and sqlite3.h);
+#   GoogleTest compiled for the target from the sources Debian ships (/usr/src/googletest).
+# `./kitra build --windows` fetches and prepares the two source folders.
+
+set(KITRA_PUGIXML_SOURCE "" CACHE PATH "Folder holding pugixml.cpp and pugixml.hpp")
+set(KITRA_SQLITE_SOURCE "" CACHE PATH "Folder holding the SQLite amalgamation (sqlite3.c, sqlite3.h)")
+set(KITRA_GTEST_SOURCE "/usr/src/googletest" CACHE PATH "GoogleTest's sources")
+foreach(source KITRA_PUGIXML_SOURCE KITRA_SQLITE_SOURCE)
+  if(NOT EXISTS "${${source}}")
+    message(FATAL_ERROR "${source} must name an existing folder (./kitra build --windows prepares it)")
+  endif()
+endforeach()
+
+# Everything is linked statically (the C and C++ runtimes, the threads library), so that the
+# module is the one file a Windows host needs beside the system's own DLLs.
+add_link_options(-static -static-libgcc -static-libstdc++)
+# Windows Vista and later: the registry's RegGetValue and RegDeleteTree.
+add_compile_definitions(_WIN32_WINNT=0x0601 WINVER=0x0601 NOMINMAX WIN32_LEAN_AND_MEAN)
+
+# {fmt}, header-only: only its own folder of Debian's headers is put on the include path, never
+# the rest of the build machine's headers.
+set(kitra_fmt_include "${CMAKE_BINARY_DIR}/third-party/include")
+file(COPY /usr/include/fmt DESTINATION "${kitra_fmt_include}")
+add_library(kitra_fmt INTERFACE)
+target_include_directories(kitra_fmt SYSTEM INTERFACE "${kitra_fmt_include}")
+target_compile_definitions(kitra_fmt INTERFACE FMT_HEADER_ONLY)
+add_library(fmt::fmt ALIAS kitra_fmt)
+
+add_library(kitra_pugixml STATIC "${KITRA_PUGIXML_SOURCE}/pugixml.cpp")
+target_include_directories(kitra_pugixml SYSTEM PUBLIC "${KITRA_PUGIXML_SOURCE}")
+target_compile_options(kitra_pugixml PRIVATE -w)
+add_library(pugixml::pugixml ALIAS kitra_pugixml)
+
+enable_language(C)
+add_library(kitra_sqlite STATIC "${KITRA_SQLITE_SOURCE}/sqlite3.c")
+target_include_directories(kitra_sqlite SYSTEM PUBLIC "${KITRA_SQLITE_SOURCE}")
+target_compile_definitions(kitra_sqlite PRIVATE SQLITE_THREADSAFE=1 SQLITE_OMIT_LOAD_EXTENSION)
+target_compile_options(kitra_sqlite PRIVATE -w)
+add_library(SQLite::SQLite3 ALIAS kitra_sqlite)
+
+set(gtest_force_shared_crt OFF CACHE BOOL "" FORCE)
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+add_subdirectory("${KITRA_GTEST_SOURCE}" "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
+
+# The sources of an area, less those that only its Linux build has.
+function(kitra_windows_sources out area)
+  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${area}/*.cpp")
+  foreach(linux_only ${ARGN})
+    list(REMOVE_ITEM sources "${PROJECT_SOURCE_DIR}/${area}/${linux_only}")
+  endforeach()
+  list(FILTER sources EXCLUDE REGEX "Windows\\.cpp$")
+  set(${out} ${sources} PARENT_SCOPE)
+endfunction()
+
+# core/: the component registry is the system's registry of classes.
+kitra_windows_sources(core_sources core ComponentRegistry.cpp)
+add_library(kitra_core STATIC ${core_sources} core/ComponentRegistryWindows.cpp)
+target_include_directories(kitra_core PUBLIC ${PROJECT_SOURCE_DIR})
+target_link_libraries(kitra_core PUBLIC fmt::fmt advapi32)
+
+# host/: the contracts, and where a module finds the host program's services.
+add_library(kitra_host STATIC host/HostServicesSlotWindows.cpp)
+target_include_directories(kitra_host PUBLIC ${PROJECT_SOURCE_DIR})
+target_link_libraries(kitra_host PUBLIC kitra_core)
+
+# ado/ over the system's ODBC (odbc32). The driver name is registered by the system's ODBC
+# administrator, so there is no registration of the project's own.
+kitra_windows_sources(ado_sources ado DriverRegistration.cpp)
+add_library(kitra_ado STATIC ${ado_sources})
+target_include_directories(kitra_ado PUBLIC ${PROJECT_SOURCE_DIR})
+target_link_libraries(kitra_ado PUBLIC kitra_core odbc32)
+
+add_library(kitra_restaurant INTERFACE)
+target_include_directories(kitra_restaurant INTERFACE ${PROJECT_SOURCE_DIR})
+
+kitra_windows_sources(settings_sources settings)
+add_library(kitra_settings STATIC ${settings_sources})
+target_link_libraries(kitra_settings PUBLIC kitra_host kitra_ado kitra_core pugixml::pugixml fmt::fmt)
+
+kitra_windows_sources(log_sources log)
+add_library(kitra_log STATIC ${log_sources})
+target_link_libraries(kitra_log PUBLIC kitra_host kitra_ado kitra_core)
+
+kitra_windows_sources(import_sources import)
+add_library(kitra_import STATIC ${import_sources})
+target_link_libraries(kitra_import PUBLIC kitra_log kitra_settings kitra_ado kitra_restaurant
+                      kitra_host kitra_core)
+
+# connector/: the component's classes; the dialogs have no windows on Windows yet
+# (DialogsModuleWindows.cpp says so to the user).
+kitra_windows_sources(connector_sources connector Module.cpp DialogsModule.cpp)
+add_library(kitra_connector STATIC ${connector_sources} connector/DialogsModuleWindows.cpp)
+target_compile_definitions(kitra_connector PUBLIC
+  KITRA_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
+  KITRA_VERSION_MINOR=${PROJECT_VERSION_MINOR}
+  KITRA_VERSION_PATCH=${PROJECT_VERSION_PATCH})
+target_link_libraries(kitra_connector PUBLIC kitra_import kitra_log kitra_settings kitra_ado
+                      kitra_host kitra_core fmt::fmt)
+
+# The component module: exactly the four entry points, under their plain names (the module
+# definition file; on 32-bit Windows it maps each to its __stdcall decorated symbol).
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  set(KITRA_STDCALL_GETCLASSOBJECT " = DllGetClassObject@12")
+  set(KITRA_STDCALL_CANUNLOADNOW " = DllCanUnloadNow@0")
+  set(KITRA_STDCALL_REGISTERSERVER " = DllRegisterServer@0")
+  set(KITRA_STDCALL_UNREGISTERSERVER " = DllUnregisterServer@0")
+endif()
+configure_file(connector/POSConnectorKitra.def.in "${CMAKE_BINARY_DIR}/POSConnectorKitra.def" @ONLY)
+add_library(POSConnectorKitra SHARED connector/Module.cpp "${CMAKE_BINARY_DIR}/POSConnectorKitra.def")
+set_target_properties(POSConnectorKitra PROPERTIES PREFIX "" OUTPUT_NAME POSConnectorKitra)
+target_link_libraries(POSConnectorKitra PRIVATE kitra_connector)
+target_link_options(POSConnectorKitra PRIVATE -Wl,--no-undefined)
+
+# What the tests need: the reference back office (over SQLite built for the target), the test
+# host program, and the unit tests that make sense on Windows.
+option(KITRA_WINDOWS_TESTS "Build the Windows test host and unit tests" ON)
+if(NOT KITRA_WINDOWS_TESTS)
+  return()
+endif()
+
+# Its run lock is the command-line program's, which is not built here; its private files are
+# the Windows ones (PrivateFilesWindows.cpp).
+kitra_windows_sources(backoffice_sources backoffice RunLock.cpp PrivateFiles.cpp)
+add_library(kitra_backoffice STATIC ${backoffice_sources} backoffice/PrivateFilesWindows.cpp)
+target_include_directories(kitra_backoffice PUBLIC ${PROJECT_SOURCE_DIR})
+target_link_libraries(kitra_backoffice PUBLIC kitra_host kitra_ado kitra_core SQLite::SQLite3
+                      fmt::fmt pugixml::pugixml)
+
+add_library(kitra_test_host STATIC tests/hostsupport/TestBackOffice.cpp)
+target_link_libraries(kitra_test_host PUBLIC kitra_backoffice kitra_host kitra_core)
+
+add_subdirectory(tests/windows "${CMAKE_BINARY_DIR}/tests/windows")
