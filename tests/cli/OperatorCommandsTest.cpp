@@ -115,7 +115,7 @@ TEST_F(OperatorTest, StateListsAndMovesTheImportDates) {
               "Restaurante\tEntidades\tTransacções\n"
               "Centro\t2023-12-31 23:59:59\t2024-01-01 00:00:00\n"
               "Praia\t2010-01-01 00:00:00\t2024-01-05 10:00:00\n");
-    for (const char* wrong : {"'2024-1-5 10:00:00'", "'2024-02-30 00:00:00'", "ontem", "'2024-01-05'"}) {
+    for (const char* wrong : {"'2024-1-5 10:00:00'", "'2024-02-30 00:00:00'", "ontem", "'2024-01-05 10'"}) {
         const HostResult r = Run(std::string("state set Centro --entities ") + wrong);
         EXPECT_EQ(r.exit, 2) << wrong;
         EXPECT_NE(r.err.find("aaaa-mm-dd hh:mm:ss"), std::string::npos) << r.err;
@@ -126,6 +126,19 @@ TEST_F(OperatorTest, StateListsAndMovesTheImportDates) {
     const std::string history = Run("settings history").out;
     EXPECT_NE(history.find("\tstate set Praia\t2"), std::string::npos) << history;
     EXPECT_NE(history.find("\tsettings load\t"), std::string::npos) << history;
+}
+
+// 'state set' takes the dates 'report' takes: a moment, or a day for its 00:00:00.
+TEST_F(OperatorTest, StateSetTakesADayAloneAsItsMidnight) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    const HostResult set = Run("state set Centro --entities 2024-01-05 --transactions '2024-02-01 10:30:00'");
+    EXPECT_EQ(set.exit, 0) << set.out;
+    EXPECT_NE(Run("state").out.find("Centro\t2024-01-05 00:00:00\t2024-02-01 10:30:00\n"), std::string::npos);
+    for (const char* bad : {"2024-1-5", "2024-01-05 10:00", "05-01-2024", "2024-02-30"}) {
+        const HostResult r = Run(std::string("state set Centro --entities '") + bad + "'");
+        EXPECT_EQ(r.exit, 2) << bad;
+        EXPECT_NE(r.err.find("\"aaaa-mm-dd hh:mm:ss\" ou aaaa-mm-dd"), std::string::npos) << r.err;
+    }
 }
 
 TEST_F(OperatorTest, ASettingsFileThatIsNotUsableLeavesTheStoredSettingsByteForByte) {
