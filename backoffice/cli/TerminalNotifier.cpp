@@ -14,6 +14,14 @@ bool IsSummaryLine(const std::string& text) {
 
 // The status text of a record that an importer leaves out, which follows the record's own.
 bool IsLeftOut(const std::string& text) { return text.starts_with("Não foi possível adicionar"); }
+
+// The records an importer names before it knows whether it can import them: a document, a cash
+// movement or a receipt may still be left out after its own status text. (Master data is named
+// only once it is to be saved.)
+bool MayStillBeLeftOut(const std::string& text) {
+    return text.starts_with("Documento: ") || text.starts_with("Mov.Caixa UID: ") ||
+           text.starts_with("Recibo: ");
+}
 }  // namespace
 
 void TerminalNotifier::ShowPendingRecord() {
@@ -76,7 +84,7 @@ void TerminalNotifier::NotifyStatus(const std::string& text) {
             pendingRecord_.clear();  // not imported: its reason says so instead
         } else {
             ShowPendingRecord();
-            if (perRecord) {
+            if (perRecord && MayStillBeLeftOut(text)) {
                 pendingRecord_ = text;
                 return;
             }

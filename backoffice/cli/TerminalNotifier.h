@@ -5,7 +5,8 @@
 // - Normal: every status text except the one an importer gives for each record (the status that
 //   comes right after a progress step); on a terminal that text is shown at the end of the bar.
 // - Verbose: every status text on a line of its own, except the record's own text of a record
-//   that is then left out: its reason ("Não foi possível adicionar ...") shows instead.
+//   that is then left out: its reason ("Não foi possível adicionar ...") shows instead. So a
+//   document's, cash movement's or receipt's own line shows once the next one starts.
 // - Quiet: only the summary of each restaurant; no progress.
 #include <ostream>
 #include <string>
