@@ -29,6 +29,13 @@ bool IsErrorLine(std::string_view line) {
     return line.find(kErrorMark) != std::string_view::npos || StartsWith(line, kLogNotRead);
 }
 
+bool IsWarningLine(std::string_view line) {
+    if (IsErrorLine(line)) return false;
+    const std::size_t separator = line.find(kSectionSeparator);
+    return separator != std::string_view::npos &&
+           StartsWith(line.substr(separator + kSectionSeparator.size()), kLeftOut);
+}
+
 }  // namespace
 
 LogProblems CountLogProblems(std::string_view contents) {
@@ -36,15 +43,19 @@ LogProblems CountLogProblems(std::string_view contents) {
     ForEachLine(contents, [&problems](std::string_view line) {
         if (IsErrorLine(line)) {
             ++problems.errors;
-            return;
-        }
-        const std::size_t separator = line.find(kSectionSeparator);
-        if (separator != std::string_view::npos &&
-            StartsWith(line.substr(separator + kSectionSeparator.size()), kLeftOut)) {
+        } else if (IsWarningLine(line)) {
             ++problems.warnings;
         }
     });
     return problems;
+}
+
+std::vector<std::string> WarningLines(std::string_view contents) {
+    std::vector<std::string> lines;
+    ForEachLine(contents, [&lines](std::string_view line) {
+        if (IsWarningLine(line)) lines.emplace_back(line);
+    });
+    return lines;
 }
 
 std::vector<std::string> ErrorLines(std::string_view contents) {

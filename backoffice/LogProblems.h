@@ -21,4 +21,7 @@ LogProblems CountLogProblems(std::string_view contents);
 // The error lines themselves, in the order they were written, without their line ends.
 std::vector<std::string> ErrorLines(std::string_view contents);
 
+// The warning lines themselves, in the order they were written, without their line ends.
+std::vector<std::string> WarningLines(std::string_view contents);
+
 }  // namespace kitra::backoffice

@@ -94,6 +94,75 @@ std::string Render(const pugi::xml_document& document) {
     return out.str();
 }
 
+// A name as the import and the log tell restaurants apart: without the blanks around it and
+// without letter case (the connector's collection of restaurants compares names so, and a
+// trailing blank is invisible in every list). Folds ASCII and the accented Latin letters.
+std::string NameKey(std::string_view name) {
+    const auto first = name.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos) return {};
+    name = name.substr(first, name.find_last_not_of(" \t\r\n") - first + 1);
+    std::string key(name);
+    for (std::size_t i = 0; i < key.size(); ++i) {
+        const auto c = static_cast<unsigned char>(key[i]);
+        if (c >= 'A' && c <= 'Z') {
+            key[i] = static_cast<char>(c - 'A' + 'a');
+        } else if (c == 0xC3 && i + 1 < key.size()) {
+            const auto next = static_cast<unsigned char>(key[i + 1]);
+            if (next >= 0x80 && next <= 0x9E && next != 0x97) key[i + 1] = static_cast<char>(next + 0x20);
+            ++i;
+        }
+    }
+    return key;
+}
+
+// Whether a text is a whole number written only in digits, from `low` to `high`.
+bool IsWholeNumberIn(std::string_view text, long low, long high) {
+    if (text.empty() || text.size() > 10 || text.find_first_not_of("0123456789") != std::string_view::npos)
+        return false;
+    const long value = std::stol(std::string(text));
+    return value >= low && value <= high;
+}
+
+// The numbers of a restaurant that the import reads with its own lenient rules (the leading
+// digits, the 16 bits of a rounded number, 0 for what is not a number) must be written so that
+// it reads what the administrator wrote. A missing attribute is the connector's own default.
+void NumberProblems(pugi::xml_node restaurant, const std::string& who, std::vector<std::string>& problems) {
+    const std::string port = restaurant.attribute("ServerPort").value();
+    if (!port.empty() && !IsWholeNumberIn(port, 1, 65535)) {
+        problems.push_back(fmt::format(
+            "{}a porta (ServerPort) '{}' não é um número de 1 a 65535 escrito só com algarismos; "
+            "o controlador ligar-se-ia a outra porta. Deixe-a vazia para a porta 3306 do controlador.",
+            who, port));
+    }
+    struct Field {
+        const char* attribute;
+        const char* what;
+        long high;
+        const char* why;
+    };
+    const Field fields[] = {
+        {"WorkstationID", "o posto", 32767, "os documentos ficariam noutro posto"},
+        {"DefaultWarehouseID", "o armazém", 32767, "o stock iria para outro armazém"},
+        {"WasteWarehouseID", "o armazém de quebras", 32767, "as quebras iriam para outro armazém"},
+        {"DefaultSupplierID", "o fornecedor", 2147483647L, "as compras ficariam noutro fornecedor"},
+    };
+    for (const Field& field : fields) {
+        const pugi::xml_attribute attribute = restaurant.attribute(field.attribute);
+        if (!attribute || IsWholeNumberIn(attribute.value(), 0, field.high)) continue;
+        problems.push_back(fmt::format(
+            "{}{} ({}) '{}' não é um número inteiro de 0 a {} escrito só com algarismos; a "
+            "importação leria outro número e {}.",
+            who, field.what, field.attribute, attribute.value(), field.high, field.why));
+    }
+    const pugi::xml_attribute stock = restaurant.attribute("StockManagement");
+    if (stock && std::string_view(stock.value()) != "0" && std::string_view(stock.value()) != "1") {
+        problems.push_back(fmt::format(
+            "{}a gestão de stocks (StockManagement) '{}' não é 1 (sim) nem 0 (não); a importação "
+            "só a lê ligada com 1.",
+            who, stock.value()));
+    }
+}
+
 }  // namespace
 
 SettingsDocument SettingsDocument::Parse(std::string_view text) {
@@ -212,14 +281,28 @@ std::vector<std::string> SharedSeriesProblems(const std::vector<RestaurantSettin
     return problems;
 }
 
+// Besides the problems above: a name that differs from another only in letter case or blanks,
+// and a number the import would read as another one.
 std::vector<std::string> SettingsDocument::Problems() const {
     std::vector<std::string> problems = SharedSeriesProblems(Restaurants());
-    std::set<std::string> names;
+    std::map<std::string, std::string> names;  // by NameKey: the first name written so
+    std::vector<pugi::xml_node> elements;
+    ForEachRestaurant(Root(), [&](pugi::xml_node element) { elements.push_back(element); });
+    std::size_t index = 0;
     for (const RestaurantSettings& r : Restaurants()) {
         const std::string who = "Restaurante '" + r.name + "': ";
-        if (r.name.empty()) problems.push_back("Há um restaurante sem nome (atributo Name).");
-        if (!r.name.empty() && !names.insert(r.name).second)
-            problems.push_back(who + "o nome repete-se; cada restaurante tem um nome seu.");
+        const std::string key = NameKey(r.name);
+        if (key.empty()) {
+            problems.push_back("Há um restaurante sem nome (atributo Name)" +
+                               (r.name.empty() ? std::string(".") : " (o nome '" + r.name + "' só tem espaços)."));
+        } else if (const auto [first, added] = names.emplace(key, r.name); !added) {
+            problems.push_back(first->second == r.name
+                                   ? who + "o nome repete-se; cada restaurante tem um nome seu."
+                                   : who + "o nome é o de '" + first->second +
+                                         "' com outras maiúsculas ou espaços, que a importação e o "
+                                         "log de importações não distinguem; cada restaurante tem um nome seu.");
+        }
+        NumberProblems(elements[index++], who, problems);
         if (Characters(r.name) > kRestaurantNameLimit) {
             problems.push_back(fmt::format(
                 "{}o nome tem mais de {} caracteres, que é o que o log de importações guarda.",

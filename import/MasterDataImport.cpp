@@ -36,6 +36,8 @@ void MasterDataRow::Announce(std::string text) {
 void MasterDataRow::LeaveOut(std::string text, std::string_view section) {
     engine_.SetStatusText(std::move(text));
     engine_.WriteLog(std::string(section), engine_.StatusText());
+    // Shown as well as logged: whoever watches the run sees what was left out as it happens.
+    engine_.NotifyStatus(engine_.StatusText());
     ++engine_.WarningCount();
 }
 

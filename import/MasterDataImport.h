@@ -69,8 +69,9 @@ public:
 
     // Makes the text the status text and tells the host.
     void Announce(std::string text);
-    // A row that cannot be imported and is left out: the text becomes the status text and a
-    // log line under `section`, and counts as one unexpected situation of the restaurant.
+    // A row that cannot be imported and is left out: the text becomes the status text, shown
+    // and written as a log line under `section`, and counts as one unexpected situation of the
+    // restaurant.
     void LeaveOut(std::string text, std::string_view section);
 
     // Files the record under the key (a new key is inserted, an existing one overwritten) and

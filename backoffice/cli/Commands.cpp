@@ -64,7 +64,7 @@ const std::vector<Command>& AllCommands() {
          &RunExecute},
         {"state", "[set RESTAURANTE [--entities DATA] [--transactions DATA]]",
          "Mostra as datas da última importação de cada restaurante, ou muda-as (DATA: "
-         "\"aaaa-mm-dd hh:mm:ss\").",
+         "\"aaaa-mm-dd hh:mm:ss\", ou aaaa-mm-dd para as 00:00:00).",
          &RunState},
         {"log", "list|show|delete ...",
          "Lista os registos de log com os erros e avisos de cada um; mostra ou apaga um: "
@@ -114,7 +114,8 @@ const std::vector<Command>& AllCommands() {
          &RunCompany},
         {"report", "sales|cash [--from DATA] [--to DATA] | account CLIENTE",
          "Vendas (por dia, tipo e modalidade; stock dos mais vendidos), movimentos de caixa, ou "
-         "a conta corrente de um cliente.",
+         "a conta corrente de um cliente (DATA: como em 'state set'; --to aaaa-mm-dd inclui o "
+         "dia todo; sem datas, todo o período).",
          &RunReport},
     };
     return commands;

@@ -2,7 +2,7 @@
 // error output that say whether it worked. The connector moves every restaurant's import dates
 // to the present moment even when an importer failed, so a failure that only shows in the log
 // would be passed over for good; the run's own log rows are read back to tell each failed
-// restaurant apart, with what to do about it.
+// restaurant apart, with what to do about it, and each restaurant whose records were left out.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -333,6 +333,22 @@ int RunExecute(CommandContext& context) {
         context.err << "kitra-host: o restaurante '" << restaurant.name
                     << "' teve erros: " << errors.front() << "\n";
         TellFailedRestaurant(context, restaurant, errors, when);
+    }
+    // Records left out do not fail a run, but only the log tells of them otherwise.
+    for (const RestaurantSettings& restaurant : restaurants) {
+        const auto rows = runRows.find(restaurant.name);
+        if (rows == runRows.end()) continue;
+        const std::vector<std::string> warnings = WarningLines(rows->second.back().second);
+        if (warnings.empty()) continue;
+        context.err << "kitra-host: o restaurante '" << restaurant.name << "' teve "
+                    << (warnings.size() == 1
+                            ? std::string("1 aviso (registo deixado de fora): ")
+                            : std::to_string(warnings.size()) +
+                                  " avisos (registos deixados de fora); o primeiro: ")
+                    << warnings.front() << ". Log completo: "
+                    << PastableCommand(context.dataFolder,
+                                       {"log", "show", restaurant.name, rows->second.back().first})
+                    << "\n";
     }
     if (!unreadable.empty()) {
         // The connector reads such a text as empty settings and saves them; the text itself was

@@ -1,6 +1,7 @@
 // kitra-host report: what the back office holds, read from its documents.
-//   sales [--from] [--to]   a day-by-day table of the sales documents, the totals by document
-//                           type and by tender, and the stock of the ten items that sold most;
+//   sales [--from] [--to]   a day-by-day table of the sales documents (sales, credit sales and
+//                           returns), the same by document type and by tender, each adding up
+//                           to the same total, and the stock of the ten items that sold most;
 //   cash [--from] [--to]    the cash movements by document type and by workstation;
 //   account CUSTOMER        a customer's current account: open entries, receipts, credits and
 //                           the balance.
@@ -12,6 +13,7 @@
 
 #include "backoffice/BackOffice.h"
 #include "backoffice/cli/Command.h"
+#include "backoffice/cli/DateArgument.h"
 #include "core/DateTime.h"
 #include "core/Error.h"
 #include "core/Numbers.h"
@@ -29,15 +31,25 @@ constexpr const char* kSalesKinds = "1, 2, 3";
 struct Period {
     std::string from = "0000-01-01 00:00:00";
     std::string to = "9999-12-31 23:59:59";
+    bool fromGiven = false, toGiven = false;
+
+    // As the report's heading says it.
+    std::string Text() const {
+        if (!fromGiven && !toGiven) return "todo o período";
+        if (!toGiven) return "desde " + from;
+        if (!fromGiven) return "até " + to;
+        return from + " a " + to;
+    }
 };
 
-// "yyyy-mm-dd" (the whole day) or "yyyy-mm-dd hh:mm:ss".
+// A date as 'state set' takes it ("yyyy-mm-dd hh:mm:ss", or "yyyy-mm-dd" for 00:00:00); as the
+// end of a period, a date alone takes in its whole day.
 std::string PeriodBound(const std::string& option, const std::string& text, bool endOfDay) {
-    if (auto moment = ParseIsoDateTime(text)) return FormatIsoDateTime(*moment);
-    if (auto day = ParseIsoDateTime(text + (endOfDay ? " 23:59:59" : " 00:00:00")))
-        return FormatIsoDateTime(*day);
-    throw UsageError("A data de '" + option + "' deve ter a forma aaaa-mm-dd ou aaaa-mm-dd "
-                     "hh:mm:ss: '" + text + "'.");
+    if (const auto moment = ParseDateArgument(text)) {
+        if (endOfDay && text.size() == 10) return text + " 23:59:59";
+        return *moment;
+    }
+    throw UsageError("A data de '" + option + "' deve ter a forma " + kDateArgumentForms + ": '" + text + "'.");
 }
 
 // "--from DATE", "--from=DATE", "--to DATE", "--to=DATE", after the report's name.
@@ -53,8 +65,13 @@ Period ParsePeriod(const std::vector<std::string>& arguments) {
         }
         if (option != "--from" && option != "--to") throw UsageError(kUsage);
         if (value.empty()) throw UsageError("Falta a data depois de '" + option + "'.");
-        if (option == "--from") period.from = PeriodBound(option, value, false);
-        else period.to = PeriodBound(option, value, true);
+        if (option == "--from") {
+            period.from = PeriodBound(option, value, false);
+            period.fromGiven = true;
+        } else {
+            period.to = PeriodBound(option, value, true);
+            period.toGiven = true;
+        }
     }
     if (period.from > period.to) throw UsageError("O período termina antes de começar.");
     return period;
@@ -117,52 +134,87 @@ void DayTable(Database& database, const Period& period, std::ostream& out) {
 }
 
 void TypeTable(Database& database, const Period& period, std::ostream& out) {
+    // The voided documents are shown apart and count in no total.
     Statement types(database,
-                    "SELECT d.DocumentTypeID, COALESCE(t.Description, ''), "
-                    "SUM(d.State = 0), SUM(CASE WHEN d.State = 0 THEN d.Total ELSE 0 END), "
-                    "SUM(d.State <> 0), SUM(CASE WHEN d.State <> 0 THEN d.Total ELSE 0 END) "
-                    "FROM documents d LEFT JOIN document_types t ON t.DocumentTypeID = "
-                    "d.DocumentTypeID WHERE d.DocumentDate BETWEEN ? AND ? "
-                    "GROUP BY d.DocumentTypeID ORDER BY d.DocumentTypeID");
+                    fmt::format("SELECT d.DocumentTypeID, COALESCE(t.Description, ''), "
+                                "SUM(d.State = 0), "
+                                "SUM(CASE WHEN d.State = 0 THEN {0} ELSE 0 END), "
+                                "SUM(d.State <> 0), SUM(CASE WHEN d.State <> 0 THEN {0} ELSE 0 END) "
+                                "FROM documents d LEFT JOIN document_types t ON t.DocumentTypeID = "
+                                "d.DocumentTypeID WHERE d.Kind IN ({1}) AND d.DocumentDate BETWEEN ? AND ? "
+                                "GROUP BY d.DocumentTypeID ORDER BY d.DocumentTypeID",
+                                "CASE d.Kind WHEN 3 THEN -d.Total ELSE d.Total END", kSalesKinds));
     InPeriod(types, period);
-    out << "Por tipo de documento\n";
+    out << "Por tipo de documento (vendas, vendas a crédito e devoluções)\n";
     out << fmt::format("{:<6}  {:<26}  {:>10}  {:>13}  {:>8}  {:>13}\n", "Tipo", "Descrição",
                        "Documentos", "Total", "Anulados", "Total anulado");
+    long documents = 0, voided = 0;
+    double total = 0, voidedTotal = 0;
     while (types.Step()) {
+        documents += types.Column(2).ToInt32();
+        total += types.Column(3).ToDouble();
+        voided += types.Column(4).ToInt32();
+        voidedTotal += types.Column(5).ToDouble();
         out << fmt::format("{:<6}  {:<26}  {:>10}  {:>13}  {:>8}  {:>13}\n", types.ColumnText(0),
                            types.ColumnText(1), types.ColumnText(2),
                            Money(types.Column(3).ToDouble()), types.ColumnText(4),
                            Money(types.Column(5).ToDouble()));
     }
-    out << "\n";
+    out << fmt::format("{:<6}  {:<26}  {:>10}  {:>13}  {:>8}  {:>13}\n\n", "Total", "", documents,
+                       Money(total), voided, Money(voidedTotal));
 }
 
+// What the sales of the period were paid with: each tender, what went on the customers'
+// accounts, and what neither covers (change given, a total the restaurant adjusted), so that the
+// section adds up to the sales' total. Returns count against.
 void TenderTable(Database& database, const Period& period, std::ostream& out) {
     Statement tenders(database,
-                      "SELECT p.TenderID, COALESCE(t.Description, '(desconhecida)'), "
-                      "COUNT(DISTINCT p.DocumentKey), SUM(p.Amount) FROM document_payments p "
-                      "JOIN documents d ON d.DocumentKey = p.DocumentKey "
-                      "LEFT JOIN tenders t ON t.TenderID = p.TenderID "
-                      "WHERE d.State = 0 AND d.DocumentDate BETWEEN ? AND ? "
-                      "GROUP BY p.TenderID ORDER BY p.TenderID");
+                      fmt::format("SELECT p.TenderID, COALESCE(t.Description, '(desconhecida)'), "
+                                  "COUNT(DISTINCT p.DocumentKey), "
+                                  "SUM(CASE d.Kind WHEN 3 THEN -p.Amount ELSE p.Amount END) "
+                                  "FROM document_payments p "
+                                  "JOIN documents d ON d.DocumentKey = p.DocumentKey "
+                                  "LEFT JOIN tenders t ON t.TenderID = p.TenderID "
+                                  "WHERE d.State = 0 AND d.Kind IN ({}) AND d.DocumentDate BETWEEN ? AND ? "
+                                  "GROUP BY p.TenderID ORDER BY p.TenderID",
+                                  kSalesKinds));
     InPeriod(tenders, period);
-    out << "Por modalidade de pagamento\n";
+    out << "Por modalidade de pagamento (vendas, vendas a crédito e devoluções)\n";
     out << fmt::format("{:>10}  {:<26}  {:>10}  {:>13}\n", "Modalidade", "Descrição",
                        "Documentos", "Valor");
+    double covered = 0;
     while (tenders.Step()) {
+        covered += tenders.Column(3).ToDouble();
         out << fmt::format("{:>10}  {:<26}  {:>10}  {:>13}\n", tenders.ColumnText(0),
                            tenders.ColumnText(1), tenders.ColumnText(2),
                            Money(tenders.Column(3).ToDouble()));
     }
-    Statement open(database,
-                   "SELECT COUNT(*), COALESCE(SUM(a.Amount), 0), COALESCE(SUM(a.OpenAmount), 0) "
-                   "FROM account_entries a JOIN documents d ON d.DocumentKey = a.DocumentKey "
-                   "WHERE d.State = 0 AND d.DocumentDate BETWEEN ? AND ?");
-    InPeriod(open, period);
-    open.Step();
-    out << fmt::format("{:>10}  {:<26}  {:>10}  {:>13}   (em aberto: {})\n\n", "",
-                       "A crédito (conta corrente)", open.ColumnText(0),
-                       Money(open.Column(1).ToDouble()), Money(open.Column(2).ToDouble()));
+    Statement credit(database,
+                     fmt::format("SELECT COUNT(*), "
+                                 "COALESCE(SUM(CASE d.Kind WHEN 3 THEN -a.Amount ELSE a.Amount END), 0), "
+                                 "COALESCE(SUM(CASE d.Kind WHEN 3 THEN -a.OpenAmount ELSE a.OpenAmount END), 0) "
+                                 "FROM account_entries a JOIN documents d ON d.DocumentKey = a.DocumentKey "
+                                 "WHERE a.EntryType = 'D' AND d.State = 0 AND d.Kind IN ({}) AND "
+                                 "d.DocumentDate BETWEEN ? AND ?",
+                                 kSalesKinds));
+    InPeriod(credit, period);
+    credit.Step();
+    covered += credit.Column(1).ToDouble();
+    out << fmt::format("{:>10}  {:<26}  {:>10}  {:>13}   (em aberto: {})\n", "",
+                       "A crédito (conta corrente)", credit.ColumnText(0),
+                       Money(credit.Column(1).ToDouble()), Money(credit.Column(2).ToDouble()));
+    Statement sales(database,
+                    fmt::format("SELECT COUNT(*), COALESCE(SUM(CASE Kind WHEN 3 THEN -Total ELSE Total END), 0) "
+                                "FROM documents WHERE State = 0 AND Kind IN ({}) AND "
+                                "DocumentDate BETWEEN ? AND ?",
+                                kSalesKinds));
+    InPeriod(sales, period);
+    sales.Step();
+    const double total = sales.Column(1).ToDouble();
+    out << fmt::format("{:>10}  {:<26}  {:>10}  {:>13}\n", "", "Diferença (troco, acertos)", "",
+                       Money(total - covered));
+    out << fmt::format("{:>10}  {:<26}  {:>10}  {:>13}\n\n", "Total", "", sales.ColumnText(0),
+                       Money(total));
 }
 
 void BestSellers(Database& database, const Period& period, std::ostream& out) {
@@ -201,11 +253,18 @@ void CashTables(Database& database, const Period& period, std::ostream& out) {
     out << "Movimentos de caixa por tipo de documento\n";
     out << fmt::format("{:<6}  {:<28}  {:>10}  {:>13}  {:>13}\n", "Tipo", "Descrição",
                        "Movimentos", "Entradas", "Saídas");
+    long movements = 0;
+    double in = 0, outward = 0;
     while (types.Step()) {
+        movements += types.Column(2).ToInt32();
+        in += types.Column(3).ToDouble();
+        outward += types.Column(4).ToDouble();
         out << fmt::format("{:<6}  {:<28}  {:>10}  {:>13}  {:>13}\n", types.ColumnText(0),
                            types.ColumnText(1), types.ColumnText(2),
                            Money(types.Column(3).ToDouble()), Money(types.Column(4).ToDouble()));
     }
+    out << fmt::format("{:<6}  {:<28}  {:>10}  {:>13}  {:>13}\n", "Total", "", movements, Money(in),
+                       Money(outward));
     Statement drawers(database,
                       "SELECT m.WorkstationID, COALESCE(w.Description, ''), "
                       "SUM(CASE WHEN m.Amount > 0 THEN m.Amount ELSE 0 END), "
@@ -218,11 +277,17 @@ void CashTables(Database& database, const Period& period, std::ostream& out) {
     out << "\nPor posto (gaveta)\n";
     out << fmt::format("{:>5}  {:<28}  {:>13}  {:>13}  {:>13}\n", "Posto", "Descrição",
                        "Entradas", "Saídas", "Saldo");
+    double drawerIn = 0, drawerOut = 0, balance = 0;
     while (drawers.Step()) {
+        drawerIn += drawers.Column(2).ToDouble();
+        drawerOut += drawers.Column(3).ToDouble();
+        balance += drawers.Column(4).ToDouble();
         out << fmt::format("{:>5}  {:<28}  {:>13}  {:>13}  {:>13}\n", drawers.ColumnText(0),
                            drawers.ColumnText(1), Money(drawers.Column(2).ToDouble()),
                            Money(drawers.Column(3).ToDouble()), Money(drawers.Column(4).ToDouble()));
     }
+    out << fmt::format("{:>5}  {:<28}  {:>13}  {:>13}  {:>13}\n", "Total", "", Money(drawerIn),
+                       Money(drawerOut), Money(balance));
 }
 
 void AccountTables(Database& database, std::int32_t customer, std::ostream& out) {
@@ -301,7 +366,7 @@ int RunReport(CommandContext& context) {
     const Period period = ParsePeriod(context.arguments);
     BackOffice office(context.dataFolder);
     Database& database = office.GetDatabase();
-    context.out << "Período: " << period.from << " a " << period.to << "\n\n";
+    context.out << "Período: " << period.Text() << "\n\n";
     if (report == "cash") {
         CashTables(database, period, context.out);
         return kExitOk;

@@ -1,9 +1,13 @@
 // kitra-host settings: the connector's settings text, loaded from a file only when it is one the
 // import can use, shown with the passwords masked, deleted only when confirmed, and every
 // replaced text kept in a history from which it can be restored.
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <ostream>
+#include <sstream>
+
+#include <pugixml.hpp>
 
 #include "backoffice/BackOffice.h"
 #include "backoffice/RunLock.h"
@@ -21,19 +25,41 @@ constexpr const char* kUsage =
     "| settings restore N";
 
 std::string ReadFile(const std::string& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        throw Error("'" + path + "' é uma pasta, não um ficheiro.");
     std::ifstream in(path, std::ios::binary);
     if (!in) throw Error("Não foi possível ler o ficheiro '" + path + "'.");
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    try {
+        return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    } catch (const std::ios_base::failure&) {
+        // The library's own text names its internals; the reader needs the file's name.
+        throw Error("Não foi possível ler o ficheiro '" + path + "' até ao fim.");
+    }
+}
+
+// A settings text one element a line, indented, for a person to read; the stored text stays on
+// one line, as the connector writes it.
+std::string Indented(const std::string& text) {
+    pugi::xml_document document;
+    if (!document.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8))
+        return text;
+    std::ostringstream out;
+    document.save(out, "  ", pugi::format_indent | pugi::format_no_declaration, pugi::encoding_utf8);
+    std::string indented = out.str();
+    while (!indented.empty() && indented.back() == '\n') indented.pop_back();
+    return indented;
 }
 
 int Load(CommandContext& context) {
     ExpectArguments(context, 2, "settings load FICHEIRO");
     const std::string& path = context.arguments[1];
-    const std::string xml = ReadFile(path);
     const std::string refused = "kitra-host: as configurações de '" + path +
                                 "' foram recusadas; as configurações guardadas ficaram como estavam.\n";
+    std::string xml;
     std::optional<SettingsDocument> document;
     try {
+        xml = ReadFile(path);
         document = SettingsDocument::Parse(xml);
     } catch (const Error& error) {
         context.err << refused << "  " << error.Description() << "\n";
@@ -88,7 +114,7 @@ int Show(CommandContext& context) {
         return kExitOk;
     }
     try {
-        context.out << SettingsDocument::Parse(*stored).MaskedText() << "\n";
+        context.out << Indented(SettingsDocument::Parse(*stored).MaskedText()) << "\n";
     } catch (const Error& error) {
         context.err << "kitra-host: as configurações guardadas não se deixam ler ("
                     << error.Description()

@@ -6,6 +6,7 @@
 #include "backoffice/RunLock.h"
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
+#include "backoffice/cli/DateArgument.h"
 #include "core/DateTime.h"
 #include "core/Error.h"
 
@@ -13,7 +14,8 @@ namespace kitra::backoffice::cli {
 namespace {
 
 constexpr const char* kSetUsage =
-    "state set RESTAURANTE [--entities \"aaaa-mm-dd hh:mm:ss\"] [--transactions \"aaaa-mm-dd hh:mm:ss\"]";
+    "state set RESTAURANTE [--entities DATA] [--transactions DATA] (DATA: \"aaaa-mm-dd hh:mm:ss\" ou "
+    "aaaa-mm-dd)";
 
 SettingsDocument StoredSettings(BackOffice& office) {
     const auto stored = office.settingsStore.StoredText(kSettingsKey1, kSettingsKey2);
@@ -29,12 +31,15 @@ SettingsDocument StoredSettings(BackOffice& office) {
 }
 
 std::optional<std::string> DateOption(CommandContext& context, const std::string& name) {
-    auto value = context.TakeOption(name);
-    if (value && !IsIsoDateTime(*value)) {
-        throw UsageError("Data inválida em " + name + ": '" + *value +
-                         "'. Use o formato \"aaaa-mm-dd hh:mm:ss\", por exemplo \"2024-01-05 10:00:00\".");
+    const auto value = context.TakeOption(name);
+    if (!value) return std::nullopt;
+    const auto moment = ParseDateArgument(*value);
+    if (!moment) {
+        throw UsageError("Data inválida em " + name + ": '" + *value + "'. Use a forma " +
+                         kDateArgumentForms +
+                         ", por exemplo \"2024-01-05 10:00:00\" ou 2024-01-05 (00:00:00).");
     }
-    return value;
+    return moment;
 }
 
 void Print(std::ostream& out, const std::vector<RestaurantSettings>& restaurants) {

@@ -11,7 +11,25 @@ bool IsSummaryLine(const std::string& text) {
     return text.starts_with("----------------") ||
            text.starts_with("Resumo Importação Restaurante: ") || text.starts_with(" - ");
 }
+
+// The status text of a record that an importer leaves out, which follows the record's own.
+bool IsLeftOut(const std::string& text) { return text.starts_with("Não foi possível adicionar"); }
+
+// The records an importer names before it knows whether it can import them: a document, a cash
+// movement or a receipt may still be left out after its own status text. (Master data is named
+// only once it is to be saved.)
+bool MayStillBeLeftOut(const std::string& text) {
+    return text.starts_with("Documento: ") || text.starts_with("Mov.Caixa UID: ") ||
+           text.starts_with("Recibo: ");
+}
 }  // namespace
+
+void TerminalNotifier::ShowPendingRecord() {
+    if (pendingRecord_.empty()) return;
+    EndBar();
+    out_ << pendingRecord_ << "\n" << std::flush;
+    pendingRecord_.clear();
+}
 
 void TerminalNotifier::EndBar() {
     if (barShown_) {
@@ -31,6 +49,7 @@ void TerminalNotifier::DrawBar(const std::string& suffix) {
 void TerminalNotifier::NotifyProgress(long position, long total, const std::string& text) {
     afterProgress_ = true;
     if (detail_ == ProgressDetail::Quiet) return;
+    ShowPendingRecord();
     // Importers count rows from 1 and give the record count less one as the total.
     done_ = std::max(0L, position);
     whole_ = std::max(done_, total + 1);
@@ -59,6 +78,17 @@ void TerminalNotifier::NotifyStatus(const std::string& text) {
     if (detail_ == ProgressDetail::Normal && perRecord) {
         if (terminal_ && barShown_) DrawBar(" - " + text);
         return;
+    }
+    if (detail_ == ProgressDetail::Verbose) {
+        if (IsLeftOut(text)) {
+            pendingRecord_.clear();  // not imported: its reason says so instead
+        } else {
+            ShowPendingRecord();
+            if (perRecord && MayStillBeLeftOut(text)) {
+                pendingRecord_ = text;
+                return;
+            }
+        }
     }
     EndBar();
     out_ << text << "\n" << std::flush;

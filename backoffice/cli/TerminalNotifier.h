@@ -4,7 +4,9 @@
 // every tenth of the way. How much of the status texts shows depends on the detail asked for:
 // - Normal: every status text except the one an importer gives for each record (the status that
 //   comes right after a progress step); on a terminal that text is shown at the end of the bar.
-// - Verbose: every status text on a line of its own.
+// - Verbose: every status text on a line of its own, except the record's own text of a record
+//   that is then left out: its reason ("Não foi possível adicionar ...") shows instead. So a
+//   document's, cash movement's or receipt's own line shows once the next one starts.
 // - Quiet: only the summary of each restaurant; no progress.
 #include <ostream>
 #include <string>
@@ -19,7 +21,10 @@ class TerminalNotifier final : public host::IEventNotifier {
 public:
     TerminalNotifier(std::ostream& out, bool terminal, ProgressDetail detail = ProgressDetail::Verbose)
         : out_(out), terminal_(terminal), detail_(detail) {}
-    ~TerminalNotifier() override { EndBar(); }
+    ~TerminalNotifier() override {
+        ShowPendingRecord();
+        EndBar();
+    }
 
     void NotifyProgress(long position, long total, const std::string& text) override;
     void NotifyStatus(const std::string& text) override;
@@ -27,6 +32,7 @@ public:
 private:
     void EndBar();
     void DrawBar(const std::string& suffix);
+    void ShowPendingRecord();
 
     std::ostream& out_;
     bool terminal_;
@@ -38,6 +44,8 @@ private:
     long done_ = 0;
     long whole_ = 0;
     std::string barText_;
+    // Verbose: the record's own text, held until it is known that the record was not left out.
+    std::string pendingRecord_;
 };
 
 }  // namespace kitra::backoffice::cli

@@ -32,6 +32,12 @@ TEST(LogProblems, WarningLinesTellOfARecordLeftOut) {
         // Not at the start of the line's text: not a warning.
         "Artigos - O texto Não foi possível adicionar aparece no meio\r\n";
     EXPECT_EQ(CountLogProblems(log), (LogProblems{0, 3}));
+    EXPECT_EQ(WarningLines(log),
+              (std::vector<std::string>{
+                  "SubFamílias - Não foi possível adicionar a SubFamília 'X' porque não existe a "
+                  "família com o código '9'",
+                  "SubFamílias - Não foi possível adicionar o Artigo 'Y' porque não existe a subfamília",
+                  "Transacções - Não foi possível adicionar a Transacção '1' porque ..."}));
 }
 
 TEST(LogProblems, TheErrorLinesThemselvesComeInTheirOrderWithoutLineEnds) {

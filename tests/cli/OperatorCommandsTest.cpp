@@ -115,7 +115,7 @@ TEST_F(OperatorTest, StateListsAndMovesTheImportDates) {
               "Restaurante\tEntidades\tTransacções\n"
               "Centro\t2023-12-31 23:59:59\t2024-01-01 00:00:00\n"
               "Praia\t2010-01-01 00:00:00\t2024-01-05 10:00:00\n");
-    for (const char* wrong : {"'2024-1-5 10:00:00'", "'2024-02-30 00:00:00'", "ontem", "'2024-01-05'"}) {
+    for (const char* wrong : {"'2024-1-5 10:00:00'", "'2024-02-30 00:00:00'", "ontem", "'2024-01-05 10'"}) {
         const HostResult r = Run(std::string("state set Centro --entities ") + wrong);
         EXPECT_EQ(r.exit, 2) << wrong;
         EXPECT_NE(r.err.find("aaaa-mm-dd hh:mm:ss"), std::string::npos) << r.err;
@@ -126,6 +126,19 @@ TEST_F(OperatorTest, StateListsAndMovesTheImportDates) {
     const std::string history = Run("settings history").out;
     EXPECT_NE(history.find("\tstate set Praia\t2"), std::string::npos) << history;
     EXPECT_NE(history.find("\tsettings load\t"), std::string::npos) << history;
+}
+
+// 'state set' takes the dates 'report' takes: a moment, or a day for its 00:00:00.
+TEST_F(OperatorTest, StateSetTakesADayAloneAsItsMidnight) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    const HostResult set = Run("state set Centro --entities 2024-01-05 --transactions '2024-02-01 10:30:00'");
+    EXPECT_EQ(set.exit, 0) << set.out;
+    EXPECT_NE(Run("state").out.find("Centro\t2024-01-05 00:00:00\t2024-02-01 10:30:00\n"), std::string::npos);
+    for (const char* bad : {"2024-1-5", "2024-01-05 10:00", "05-01-2024", "2024-02-30"}) {
+        const HostResult r = Run(std::string("state set Centro --entities '") + bad + "'");
+        EXPECT_EQ(r.exit, 2) << bad;
+        EXPECT_NE(r.err.find("\"aaaa-mm-dd hh:mm:ss\" ou aaaa-mm-dd"), std::string::npos) << r.err;
+    }
 }
 
 TEST_F(OperatorTest, ASettingsFileThatIsNotUsableLeavesTheStoredSettingsByteForByte) {
@@ -168,6 +181,114 @@ TEST_F(OperatorTest, ASettingsFileThatIsNotUsableLeavesTheStoredSettingsByteForB
         EXPECT_EQ(Run("settings show --reveal").out, stored) << c.text;
     }
     EXPECT_EQ(Run("settings history").out, "Não há versões anteriores das configurações.\n");
+}
+
+// A restaurant with one attribute set to a value (added when the restaurant has none).
+std::string With(std::string restaurant, const std::string& attribute, const std::string& value) {
+    const std::string key = " " + attribute + "=\"";
+    if (const auto at = restaurant.find(key); at != std::string::npos) {
+        const auto start = at + key.size();
+        return restaurant.replace(start, restaurant.find('"', start) - start, value);
+    }
+    return restaurant.replace(restaurant.size() - 2, 0, key + value + "\"");
+}
+
+// Values the import would read as something else (a port of 'abc' connects to the driver's
+// default, '69963' to 4427, a workstation 'abc' is workstation 0) and names that the import and
+// the log could not tell apart are refused by every command that checks the settings, naming
+// the restaurant and the field.
+TEST_F(OperatorTest, NumbersTheImportWouldMisreadAndNamesItCouldNotTellApartAreRefused) {
+    struct Case {
+        std::string restaurants;
+        std::string said;
+    };
+    const Case cases[] = {
+        {With(Restaurant("Centro"), "ServerPort", "abc"), "Restaurante 'Centro': a porta (ServerPort) 'abc'"},
+        {With(Restaurant("Centro"), "ServerPort", "-1"), "Restaurante 'Centro': a porta (ServerPort) '-1'"},
+        {With(Restaurant("Centro"), "ServerPort", "3427abc"), "a porta (ServerPort) '3427abc'"},
+        {With(Restaurant("Centro"), "ServerPort", "69963"), "a porta (ServerPort) '69963'"},
+        {With(Restaurant("Centro"), "ServerPort", "0"), "a porta (ServerPort) '0'"},
+        {With(Restaurant("Centro"), "ServerPort", " 3306"), "a porta (ServerPort) ' 3306'"},
+        {With(Restaurant("Centro"), "WorkstationID", "abc"), "Restaurante 'Centro': o posto (WorkstationID) 'abc'"},
+        {With(Restaurant("Centro"), "WorkstationID", "40000"), "o posto (WorkstationID) '40000'"},
+        {With(Restaurant("Centro"), "WorkstationID", "1,5"), "o posto (WorkstationID) '1,5'"},
+        {With(Restaurant("Centro"), "DefaultWarehouseID", "x"), "o armazém (DefaultWarehouseID) 'x'"},
+        {With(Restaurant("Centro"), "WasteWarehouseID", "-3"), "o armazém de quebras (WasteWarehouseID) '-3'"},
+        {With(Restaurant("Centro"), "DefaultSupplierID", "1,5"), "o fornecedor (DefaultSupplierID) '1,5'"},
+        {With(Restaurant("Centro"), "StockManagement", "yes"), "a gestão de stocks (StockManagement) 'yes'"},
+        {Restaurant("Centro") + Restaurant("centro"), "Restaurante 'centro': o nome é o de 'Centro'"},
+        {Restaurant("Centro") + Restaurant("Centro "), "Restaurante 'Centro ': o nome é o de 'Centro'"},
+        {Restaurant("São João") + Restaurant("SÃO JOÃO"), "o nome é o de 'São João'"},
+        {Restaurant("   "), "Há um restaurante sem nome"},
+    };
+    for (const Case& c : cases) {
+        const HostResult load = Run("settings load " + WriteSettings(Settings(c.restaurants), "bad.xml"));
+        EXPECT_EQ(load.exit, 1) << c.restaurants << "\n" << load.out;
+        EXPECT_NE(load.err.find(c.said), std::string::npos) << c.restaurants << "\n" << load.err;
+        // Settings stored otherwise (an older program, the settings window) are refused when
+        // checked.
+        {
+            backoffice::BackOffice office(Data());
+            office.settingsStore.SaveText(backoffice::kSettingsKey1, backoffice::kSettingsKey2,
+                                          Settings(c.restaurants));
+        }
+        const HostResult validate = Run("validate");
+        EXPECT_EQ(validate.exit, 1) << c.restaurants;
+        EXPECT_NE(validate.err.find(c.said), std::string::npos) << c.restaurants << "\n" << validate.err;
+        const HostResult check = Run("check");
+        EXPECT_NE(check.exit, 0) << c.restaurants;
+        EXPECT_NE(check.err.find(c.said), std::string::npos) << c.restaurants << "\n" << check.err;
+        EXPECT_NE(check.out.find("ERRO: as configurações não são válidas"), std::string::npos) << check.out;
+    }
+    // What the import reads as written: an empty port is the driver's own 3306, as the restaurant
+    // window shows it.
+    for (const std::string& restaurants :
+         {With(Restaurant("Centro"), "ServerPort", ""), With(Restaurant("Centro"), "ServerPort", "65535"),
+          With(With(With(With(With(Restaurant("Centro"), "WorkstationID", "32767"), "DefaultWarehouseID", "0"),
+                          "WasteWarehouseID", "2"),
+                     "DefaultSupplierID", "12"),
+               "StockManagement", "0"),
+          Restaurant("Centro") + Restaurant("Centro Norte")}) {
+        const HostResult load = Run("settings load " + WriteSettings(Settings(restaurants), "good.xml"));
+        EXPECT_EQ(load.exit, 0) << restaurants << "\n" << load.out;
+    }
+}
+
+// A folder is refused as any other file that is not a settings text is, in the same words.
+TEST_F(OperatorTest, LoadingAFolderIsRefusedInTheWordsOfEveryRefusal) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    const std::string stored = Run("settings show --reveal").out;
+    fs::create_directories(folder / "a folder");
+    const HostResult r = Run("settings load " + Quote((folder / "a folder").string()));
+    EXPECT_EQ(r.exit, 1) << r.out;
+    EXPECT_EQ(r.err, "kitra-host: as configurações de '" + (folder / "a folder").string() +
+                         "' foram recusadas; as configurações guardadas ficaram como estavam.\n"
+                         "  '" + (folder / "a folder").string() + "' é uma pasta, não um ficheiro.\n");
+    EXPECT_EQ(Run("settings show --reveal").out, stored);
+    const HostResult missing = Run("settings load " + Quote((folder / "none.xml").string()));
+    EXPECT_EQ(missing.exit, 1);
+    EXPECT_NE(missing.err.find("foram recusadas; as configurações guardadas ficaram como estavam.\n"
+                               "  Não foi possível ler o ficheiro"),
+              std::string::npos)
+        << missing.err;
+}
+
+// The settings are shown one element a line, indented; what is stored stays as it was written.
+TEST_F(OperatorTest, ShowIndentsTheSettingsAndKeepsTheStoredText) {
+    const std::string text = Settings(Restaurant("Centro", "segredo") + Restaurant("Praia", "outro"));
+    ASSERT_EQ(Run("settings load " + WriteSettings(text)).exit, 0);
+    const std::string stored = Run("settings show --reveal").out;
+    EXPECT_EQ(stored.find("\n  <"), std::string::npos) << stored;
+    const HostResult shown = Run("settings show");
+    EXPECT_EQ(shown.exit, 0);
+    EXPECT_TRUE(shown.out.starts_with("<KitraConnectorSetting InvoiceTransDocument=\"FAC\""));
+    EXPECT_NE(shown.out.find("\">\n  <Restaurants>\n    <Restaurant Name=\"Centro\""), std::string::npos)
+        << shown.out;
+    EXPECT_NE(shown.out.find("\n    <Restaurant Name=\"Praia\""), std::string::npos) << shown.out;
+    EXPECT_NE(shown.out.find("\n  </Restaurants>\n  <TenderEquivalence />\n"), std::string::npos) << shown.out;
+    EXPECT_TRUE(shown.out.ends_with("\n</KitraConnectorSetting>\n")) << shown.out;
+    EXPECT_EQ(shown.out.find("segredo"), std::string::npos);
+    EXPECT_NE(stored.find("ServerPassword=\"segredo\""), std::string::npos);  // --reveal: the stored text
 }
 
 TEST_F(OperatorTest, ARestaurantNameIsMeasuredInCharacters) {

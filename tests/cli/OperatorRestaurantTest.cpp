@@ -3,6 +3,7 @@
 // `state set` brings back what a failed run skipped.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <ctime>
 #include <thread>
 #include <memory>
@@ -115,6 +116,40 @@ TEST_F(OperatorRestaurantTest, CheckGivesTheDriversReason) {
     EXPECT_EQ(r.exit, 3);
     EXPECT_NE(r.out.find("\"reachable\":false,\"connectionError\":\""), std::string::npos) << r.out;
     EXPECT_NE(r.out.find("Unknown database 'no_such_db'"), std::string::npos) << r.out;
+}
+
+// Records an importer left out are warnings of the log; the run tells them on stderr, one line
+// per restaurant with how many, the first, and the command that shows the whole log, and still
+// exits 0.
+TEST_F(OperatorRestaurantTest, ARunWithWarningsSaysSoOnStderrAndExitsZero) {
+    // The family changed before the import date, so it is not imported; its subfamilies are.
+    database_->Execute("INSERT INTO families (uid, code, description, ModifyDate) VALUES "
+                       "(1, '10', 'Bebidas', '2009-01-01 00:00:00')");
+    database_->Execute("INSERT INTO subfamilies (uid, code, FamilyUID, Description, ModifyDate) VALUES "
+                       "(1, '1', 1, 'Cervejas', '2024-01-01 00:00:00'), (2, '2', 1, 'Vinhos', '2024-01-01 00:00:00')");
+    LoadGoodSettings();
+    const HostResult run = Run("execute --verbose");
+    EXPECT_EQ(run.exit, 0) << run.out;
+    const std::string first =
+        "Não foi possível adicionar a SubFamília 'Cervejas' porque não existe a família com o código '10'";
+    // Shown as it happens, as well as logged.
+    EXPECT_NE(run.out.find(first + "\n"), std::string::npos) << run.out;
+    const std::string start = "kitra-host: o restaurante 'Centro' teve 2 avisos (registos deixados de fora); o "
+                              "primeiro: SubFamílias - " + first + ". Log completo: ";
+    const auto at = run.err.find(start);
+    ASSERT_NE(at, std::string::npos) << run.err;
+    const std::string line = run.err.substr(at, run.err.find('\n', at) - at);
+    EXPECT_EQ(run.err.find("kitra-host: o restaurante 'Centro'", at + 1), std::string::npos) << run.err;
+    // The command works when pasted.
+    const std::string command = line.substr(start.size());
+    const std::string shown = (folder / "shown.txt").string();
+    ASSERT_EQ(std::system(("KITRA_COMPONENT_REGISTRY=" + Quote((folder / "registry").string()) + " " + command +
+                           " >" + Quote(shown) + " 2>&1").c_str()),
+              0)
+        << command;
+    const std::string log = ReadWhole(shown);
+    EXPECT_NE(log.find(first), std::string::npos) << log;
+    EXPECT_NE(log.find("Vinhos"), std::string::npos) << log;
 }
 
 TEST_F(OperatorRestaurantTest, StateSetThenExecuteImportsWhatAFailedRunSkipped) {

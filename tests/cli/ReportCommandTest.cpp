@@ -125,6 +125,54 @@ TEST_F(ReportCommandTest, APeriodLimitsEveryTable) {
     EXPECT_FALSE(Has(out, "Robalo  ")) << out;
 }
 
+// Cash movements and payments on account are money, not sales: the type and tender sections
+// count only sales, credit sales and returns, and each adds up to the day table's total.
+TEST_F(ReportCommandTest, EverySalesSectionCountsOnlySalesAndAddsUpToTheSameTotal) {
+    {
+        BackOffice office(Data());
+        host::Customer customer;
+        customer.OrganizationName = "Café Central";
+        office.customers.Save(customer, 7.0, true);
+        for (const auto& [type, amount] : {std::pair<std::string, double>{"SC", 7}, {"ADC", 5}}) {
+            auto cash = office.transactions.NewTransactionBusiness();
+            cash->InitNewTransaction(type, "EXT");
+            cash->Current().CustomerID = 7;
+            cash->Current().DocumentDate = cash->Current().DueDate = {2025, 1, 11, 9, 0, 0};
+            cash->WorkstationStamp(1, {2025, 1, 11, 9, 0, 0});
+            host::TransactionPayment money = cash->NewPayment(1);
+            money.Amount = amount;
+            cash->AppendPayment(money);
+            office.transactions.Save(cash->Current());
+        }
+    }
+    std::string out;
+    ASSERT_EQ(Run({"report", "sales"}, out), 0) << out;
+    const std::string blank(26, ' ');
+    EXPECT_TRUE(Has(out, "Total                3          21,55          4,95       0,00          26,50")) << out;
+    EXPECT_FALSE(Has(out, "\nSC  ")) << out;
+    EXPECT_FALSE(Has(out, "\nADC  ")) << out;
+    EXPECT_TRUE(Has(out, "Total   " + blank + "           3          26,50         1          10,00\n")) << out;
+    EXPECT_TRUE(Has(out, "         1  Dinheiro                             1          20,00\n")) << out;
+    EXPECT_TRUE(Has(out, "         2  Multibanco                           1           5,00\n")) << out;
+    EXPECT_TRUE(Has(out, "A crédito (conta corrente)           1           1,50   (em aberto: 1,50)\n")) << out;
+    EXPECT_TRUE(Has(out, "Diferença (troco, acertos)" + std::string(23, ' ') + "0,00\n")) << out;
+    EXPECT_TRUE(Has(out, "     Total  " + blank + "           3          26,50\n")) << out;
+}
+
+// Without --from and --to the report covers everything, and says so; a date alone is its day's
+// 00:00:00 (as for 'state set'), and as --to it takes in the whole day.
+TEST_F(ReportCommandTest, ThePeriodIsSaidInWords) {
+    std::string out;
+    ASSERT_EQ(Run({"report", "sales"}, out), 0) << out;
+    EXPECT_TRUE(out.starts_with("Período: todo o período\n")) << out;
+    ASSERT_EQ(Run({"report", "cash", "--from", "2025-01-11"}, out), 0) << out;
+    EXPECT_TRUE(out.starts_with("Período: desde 2025-01-11 00:00:00\n")) << out;
+    ASSERT_EQ(Run({"report", "sales", "--to", "2025-01-10 12:30:00"}, out), 0) << out;
+    EXPECT_TRUE(out.starts_with("Período: até 2025-01-10 12:30:00\n")) << out;
+    EXPECT_TRUE(Has(out, "Total                1          16,26          3,74       0,00          20,00")) << out;
+    EXPECT_FALSE(Has(out, "0000-01-01")) << out;
+}
+
 TEST_F(ReportCommandTest, ShowsACustomersAccountAndTheCashMovements) {
     {
         BackOffice office(Data());

@@ -96,6 +96,34 @@ TEST(TerminalNotifier, VerboseDetailShowsEveryStatusText) {
               "A importar Clientes\nA importar Clientes: 1/2\nCliente: 1\nA importar Clientes: 2/2\nCliente: 2\n");
 }
 
+// A record left out (a receipt without a valid invoice) shows its reason, never its record line
+// as if it had been imported.
+TEST(TerminalNotifier, VerboseDetailShowsARecordLeftOutOnlyByItsReason) {
+    const std::string refused =
+        "Não foi possível adicionar o Recibo '7' porque não existe nenhuma factura válida associada";
+    for (bool terminal : {false, true}) {
+        std::ostringstream out;
+        {
+            TerminalNotifier notifier(out, terminal, ProgressDetail::Verbose);
+            notifier.NotifyStatus("A importar Recibos");
+            notifier.NotifyProgress(1, 1, "A importar Recibos");
+            notifier.NotifyStatus("Recibo: 7");
+            notifier.NotifyStatus(refused);
+            notifier.NotifyProgress(2, 1, "A importar Recibos");
+            notifier.NotifyStatus("Recibo: 8");
+            notifier.NotifyStatus("Registos importados:1");
+        }
+        const std::string text = out.str();
+        EXPECT_EQ(text.find("Recibo: 7"), std::string::npos) << text;
+        EXPECT_NE(text.find(refused + "\n"), std::string::npos) << text;
+        EXPECT_NE(text.find("Recibo: 8\nRegistos importados:1\n"), std::string::npos) << text;
+        if (!terminal) {
+            EXPECT_EQ(text, "A importar Recibos\nA importar Recibos: 1/2\n" + refused +
+                                "\nA importar Recibos: 2/2\nRecibo: 8\nRegistos importados:1\n");
+        }
+    }
+}
+
 TEST(TerminalNotifier, QuietDetailShowsOnlyTheSummary) {
     for (bool terminal : {false, true}) {
         std::ostringstream out;

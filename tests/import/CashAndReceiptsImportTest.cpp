@@ -183,6 +183,24 @@ TEST_F(ReceiptsImportTest, AReceiptPayingThreeCreditSalesSettlesExactlyThose) {
                           "Recibo: 7") != office.notifier->statuses.end());
 }
 
+// The receipt's payment line is made as a cash movement's is: a card tender's line carries its
+// card detail.
+TEST_F(ReceiptsImportTest, AReceiptPaidWithACardTenderCarriesTheCardDetailAsACashMovementDoes) {
+    settings->DefaultTenderPayment = 2;  // Multibanco, a card tender of the back office
+    Use(*settings);
+    AddCreditSale(1, "CC0000001", 1000, "50");
+    AddReceipt(50, "RC0000007", 1000);
+    AddMovement(60, 1, 1, 2000);
+    ASSERT_TRUE(ImportAll());
+    ASSERT_TRUE(ImportCashMovements(engine, connection, restaurant));
+    const std::string cardLines =
+        "SELECT group_concat(Line, ' ') FROM (SELECT d.DocumentTypeID || ':' || p.TenderID || ':' || "
+        "p.Amount || ':' || c.Amount AS Line FROM documents d JOIN document_payments p ON "
+        "p.DocumentKey = d.DocumentKey JOIN card_payments c ON c.DocumentKey = p.DocumentKey AND "
+        "c.LineNumber = p.LineNumber ORDER BY d.DocumentKey)";
+    EXPECT_EQ(HostValue(cardLines), "PCL:2:10.0:10.0 EC:2:20.0:20.0");
+}
+
 TEST_F(ReceiptsImportTest, AReceiptOfUnknownOrSettledInvoicesCreatesNothing) {
     settings->CreditTransDocument = "FAC";
     AddCreditSale(1, "CC0000001", 1000, "50");

@@ -1,5 +1,7 @@
 // ImportSaleDocuments with its lines and tenders, against a restaurant database on the private
 // server and a real back office: what the host holds afterwards and what the log says.
+#include <algorithm>
+
 #include "tests/import/DocumentImportTest.h"
 
 namespace kitra {
@@ -171,6 +173,13 @@ TEST_F(SaleDocumentsImportTest, AnEmptyCreditSettingSkipsEveryCreditHeaderWithOn
     EXPECT_EQ(LogText(), Section() + Unmapped("CC0000001") + Unmapped("CC0000002") + Count(1));
     EXPECT_EQ(engine.WarningCount(), 2);
     EXPECT_EQ(Documents(), 1);
+    // Each header left out is shown as the status text too, as it is logged.
+    const auto& shown = office.notifier->statuses;
+    for (const char* id : {"CC0000001", "CC0000002"}) {
+        const std::string message = std::string("Não foi possível adicionar a Transacção '") + id +
+                                    "' porque não existe o tipo de documento não está mapeado.";
+        EXPECT_EQ(std::count(shown.begin(), shown.end(), message), 1) << message;
+    }
 }
 
 TEST_F(SaleDocumentsImportTest, AnyStatusButNIsARefund) {
