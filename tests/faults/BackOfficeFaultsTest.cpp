@@ -180,8 +180,11 @@ TEST_F(BackOfficeFaultsTest, ARunWaitsForAWriteLongerThanACommandWouldAndImports
     // A command would give up after 0.3 s; the run waits up to a minute and says that it waits.
     ::setenv("KITRA_HOST_BUSY_TIMEOUT_MS", "300", 1);
     ::setenv("KITRA_HOST_RUN_BUSY_TIMEOUT_MS", "60000", 1);
-    // At Centro's tenth document another program starts a write that lasts 11 s. It takes the
-    // lock as soon as the run's open group of records is committed; the run's next write waits.
+    // At Centro's tenth document another program starts a write that lasts 11 s; the run's next
+    // write waits for it. The lock is taken between two records, from the run's own thread, with
+    // every record committed at once: a grouped run would hold its open group until the other
+    // program gave up.
+    ::setenv("KITRA_HOST_RECORDS_PER_COMMIT", "1", 1);
     constexpr auto kHeld = std::chrono::seconds(11);
     std::thread other;
     std::atomic<bool> locked{false}, committed{false};
@@ -201,6 +204,8 @@ TEST_F(BackOfficeFaultsTest, ARunWaitsForAWriteLongerThanACommandWouldAndImports
             }
             sqlite3_close(db);
         });
+        for (int waited = 0; !locked && waited < 10000; waited += 10)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
     };
     const HostRun run = Execute();
     ASSERT_TRUE(other.joinable()) << run.out;
