@@ -1,13 +1,4 @@
-# Cross-compiling for 32-bit Windows (the component as it ships) with
-# Debian's mingw-w64 compilers, the posix thread model (std::thread and std::mutex need it).
-set(CMAKE_SYSTEM_NAME Windows)
+# Cross-compiling for 32-bit Windows (the component as it ships) with Debian's mingw-w64.
 set(CMAKE_SYSTEM_PROCESSOR x86)
 set(KITRA_WINDOWS_TRIPLET i686-w64-mingw32)
-set(CMAKE_C_COMPILER ${KITRA_WINDOWS_TRIPLET}-gcc-posix)
-set(CMAKE_CXX_COMPILER ${KITRA_WINDOWS_TRIPLET}-g++-posix)
-set(CMAKE_RC_COMPILER ${KITRA_WINDOWS_TRIPLET}-windres)
-set(CMAKE_FIND_ROOT_PATH /usr/${KITRA_WINDOWS_TRIPLET})
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64.cmake)
