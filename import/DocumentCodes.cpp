@@ -1,6 +1,7 @@
 // The code conversions the document importers share: salesman codes, document numbers, the
 // host's customer and salesman codes, and tender equivalences.
 #include "core/Numbers.h"
+#include "core/RestaurantCodes.h"
 #include "core/Text.h"
 #include "import/DocumentImport.h"
 #include "import/KitraExecutioner.h"
@@ -8,11 +9,6 @@
 namespace kitra {
 namespace {
 
-// Restaurant salesman uids start at 10000 and carry the salesman's code in their last three
-// digits.
-constexpr double kSalesmanUidBase = 10000;
-// Restaurant document IDs end with a 7-digit number.
-constexpr std::size_t kNumberDigits = 7;
 
 std::int32_t CodeOf(const host::HostServices& services, const Variant& value) {
     if (value.IsNull()) return 0;
@@ -31,16 +27,20 @@ std::int32_t KnownSalesmanCode(const host::HostServices& services, const Variant
     return services.salesmen->Exists(salesman) ? salesman : 0;
 }
 
+void SetPaymentAmount(const host::HostServices& services, host::TransactionPayment& payment,
+                      double amount) {
+    payment.Amount = amount;
+    const std::optional<host::Tender> tender = services.tenders->Get(payment.TenderID);
+    if (tender && tender->TenderType == host::tender_type::kCard)
+        payment.CardDetail = host::CardPaymentDetail{amount};
+}
+
 double KitraExecutioner::MapSalesmanCode(const std::string& text) const {
-    const double value = services_.utility->ParseNumber(text, ',');
-    if (value > kSalesmanUidBase) return RoundToInt32(value - kSalesmanUidBase) % 1000;
-    return value;
+    return SalesmanCodeFromUid(services_.utility->ParseNumber(text, ','));
 }
 
 double KitraExecutioner::DocumentNumberFromID(const std::string& documentId) {
-    const std::u32string characters = DecodeUtf8(documentId);
-    if (characters.size() <= kNumberDigits) return 0;
-    return LeadingNumber(EncodeUtf8(characters.substr(characters.size() - kNumberDigits)));
+    return kitra::DocumentNumberFromId(documentId);
 }
 
 std::int16_t KitraExecutioner::FindTenderEquivalence(const std::string& paymentTypeUID) const {

@@ -10,6 +10,7 @@
 #include "core/DateTime.h"
 #include "core/Error.h"
 #include "core/Numbers.h"
+#include "core/RestaurantCodes.h"
 #include "core/Text.h"
 #include "host/ITransactionService.h"
 
@@ -261,19 +262,15 @@ std::vector<Record> BackOfficeDocuments(const Database& database, std::vector<st
 }  // namespace
 
 std::int32_t NumberFromDocumentId(const std::string& documentId) {
-    constexpr std::size_t kNumberDigits = 7;
-    const std::u32string characters = DecodeUtf8(documentId);
-    if (characters.size() <= kNumberDigits) return 0;
     try {
-        return RoundToInt32(LeadingNumber(EncodeUtf8(characters.substr(characters.size() - kNumberDigits))));
+        return RoundToInt32(DocumentNumberFromId(documentId));
     } catch (const std::exception&) {
         return 0;
     }
 }
 
 std::int32_t SalesmanFromUid(std::int32_t code) {
-    constexpr std::int32_t kSalesmanUidBase = 10000;
-    return code > kSalesmanUidBase ? (code - kSalesmanUidBase) % 1000 : code;
+    return static_cast<std::int32_t>(SalesmanCodeFromUid(code));
 }
 
 DocumentTypes DocumentTypesOf(const SettingsDocument& settings) {

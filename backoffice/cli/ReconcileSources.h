@@ -45,9 +45,8 @@ Records ReadRestaurant(ado::Connection& connection, const DocumentTypes& types,
 Records ReadBackOffice(const Database& database, const DocumentTypes& types,
                        const std::string& series, const Period& period);
 
-// The rules the import converts the restaurant's values by, kept here in the back office's
-// terms: a DocumentID of 8 characters or more gives the number of its last 7, a shorter one 0;
-// a salesman uid above 10000 carries the salesman's code in its last three digits.
+// The import's own rules for the restaurant's document numbers and salesman uids
+// (core/RestaurantCodes.h), in the back office's whole numbers: a number that does not fit is 0.
 std::int32_t NumberFromDocumentId(const std::string& documentId);
 std::int32_t SalesmanFromUid(std::int32_t code);
 
