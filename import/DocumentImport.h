@@ -36,6 +36,11 @@ std::string DocumentTypeKeyFor(const KitraConnectorSetting& settings, std::int32
 std::int32_t KnownCustomerCode(const host::HostServices& services, const Variant& code);
 std::int32_t KnownSalesmanCode(const host::HostServices& services, const Variant& code);
 
+// Fills a payment line with `amount` as the host's record of its tender asks: a card tender's
+// line carries its card detail. Cash movements and receipts pay this way.
+void SetPaymentAmount(const host::HostServices& services, host::TransactionPayment& payment,
+                      double amount);
+
 // The settings' host document type for a restaurant cash movement: payments on account (type 8)
 // with a customer under CustomerPaymentAccountDocument, and none without one; any other type
 // under CashWithdrawalTransDocument when money went out (flow 0), else CashEntranceTransDocument.

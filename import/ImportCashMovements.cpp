@@ -106,10 +106,7 @@ bool ImportCashMovements(KitraExecutioner& engine, ado::Connection& connection,
             cash->WorkstationStamp(restaurant.WorkstationID, engine.GetClock().Now());
             const std::int16_t tender = engine.Settings()->DefaultTenderPayment;
             host::TransactionPayment payment = cash->NewPayment(tender);
-            payment.Amount = amount;
-            const std::optional<host::Tender> record = services.tenders->Get(tender);
-            if (record && record->TenderType == host::tender_type::kCard)
-                payment.CardDetail = host::CardPaymentDetail{payment.Amount};
+            SetPaymentAmount(services, payment, amount);
             cash->AppendPayment(payment);
             cash->Calculate();
             services.transactions->Save(document);

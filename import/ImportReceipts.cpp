@@ -112,12 +112,7 @@ bool ImportReceipts(KitraExecutioner& engine, ado::Connection& connection, Resta
             row.Step("WorkstationStamp");
             account->WorkstationStamp(restaurant.WorkstationID, engine.GetClock().Now());
             host::TransactionPayment payment = account->NewPayment(settings.DefaultTenderPayment);
-            payment.Amount = amount;
-            // The tender's record says what the line needs, as for a cash movement's payment: a
-            // card tender's line carries its card detail.
-            const std::optional<host::Tender> tender = services.tenders->Get(settings.DefaultTenderPayment);
-            if (tender && tender->TenderType == host::tender_type::kCard)
-                payment.CardDetail = host::CardPaymentDetail{payment.Amount};
+            SetPaymentAmount(services, payment, amount);
             account->AppendPayment(payment);
             row.Step("Calculate");
             account->Calculate();
