@@ -69,15 +69,28 @@ private:
     Slot& SlotOf(std::size_t index) { return slots_[index % slots_.size()]; }
     void Work();
 
+    bool CanClaim();
+    void WakeWorkers(std::size_t room);
+
     Link link_;
     std::size_t count_;
     StatementAt statementAt_;
     std::vector<Slot> slots_;
+    // Workers that wait for room in the window are woken once this many statements can be
+    // claimed (a quarter of the window), or at once when the caller would otherwise wait: each
+    // wake then runs a batch of statements rather than one.
+    std::size_t wakeRoom_;
     std::mutex mutex_;
-    std::condition_variable changed_;
+    // Two signals, each sent only to whom it concerns and only when it is waited for: every wake
+    // of a thread that finds nothing to do is two thread switches, which cost as much as a
+    // statement's own reading.
+    std::condition_variable claimable_;  // workers: a statement may be claimed, or stop
+    std::condition_variable finished_;   // the caller: the statement it waits for has run
     std::size_t cursor_ = 0;   // the next statement the caller may ask for
     std::size_t next_ = 0;     // the next statement a worker may claim
     std::size_t working_ = 0;  // workers still able to run statements
+    std::size_t idle_ = 0;     // workers waiting for a statement to claim
+    std::size_t awaited_ = kNone;  // the statement the caller waits for
     bool stopping_ = false;
     std::vector<std::thread> workers_;
 };

@@ -5,13 +5,19 @@
 // statements ran.
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
+#include "ado/ThreadPriority.h"
 #include "core/Error.h"
 #include "tests/ado/ScratchConnectionTest.h"
 
@@ -62,6 +68,20 @@ TEST_F(ReadAheadTest, EveryStatementRunsOnceAndGivesItsOwnRows) {
     EXPECT_EQ(Runs(), 40);
     std::sort(runsSeen.begin(), runsSeen.end());
     EXPECT_EQ(std::adjacent_find(runsSeen.begin(), runsSeen.end()), runsSeen.end());
+}
+
+TEST_F(ReadAheadTest, ManyStatementsThroughASmallWindowEachRunOnceInOrder) {
+    // More connections than a quarter of the window, so workers often wait for room and are
+    // woken in batches while the caller takes results one by one: none may be lost, run twice
+    // or left waiting.
+    constexpr int kCount = 1500;
+    connection.ReadAhead(Statements(kCount), 3, 5);
+    for (int i = 0; i < kCount; ++i) {
+        Recordset rows = Select(Numbered(i));
+        ASSERT_EQ(rows.Field("asked").ToInt32(), i);
+    }
+    connection.StopReadAhead();
+    EXPECT_EQ(Runs(), kCount);
 }
 
 TEST_F(ReadAheadTest, NeverRunsMoreThanTheWindowAheadOfTheCaller) {
@@ -169,6 +189,27 @@ TEST_F(ReadAheadTest, ClosingTheConnectionStopsTheReadingAhead) {
     other.Open();
     other.Close();
     EXPECT_EQ(Runs(), runs);
+}
+
+// The reading threads run below the thread that saves: their own niceness is higher, the
+// caller's is untouched.
+TEST(ReadAheadThreads, RunBelowTheThreadThatWaitsForTheirWork) {
+    const auto niceness = [] {
+        errno = 0;
+        const int value = ::getpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()));
+        EXPECT_EQ(errno, 0);
+        return value;
+    };
+    const int caller = niceness();
+    int worker = caller;
+    std::thread thread([&] {
+        RunBelowOtherThreads();
+        worker = niceness();
+    });
+    thread.join();
+    if (caller >= 19) GTEST_SKIP() << "the process runs at the lowest priority already";
+    EXPECT_GT(worker, caller);
+    EXPECT_EQ(niceness(), caller);
 }
 
 }  // namespace

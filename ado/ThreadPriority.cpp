@@ -1,0 +1,32 @@
+#include "ado/ThreadPriority.h"
+
+#if defined(_WIN32)
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+#else
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#endif
+
+namespace kitra::ado {
+
+void RunBelowOtherThreads() {
+#if defined(_WIN32)
+    SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_BELOW_NORMAL);
+#elif defined(__linux__)
+    // Five steps of niceness: under contention such a thread gets about a third of the share
+    // of one at the process's own level. On Linux a thread id given as a process is that
+    // thread alone.
+    constexpr int kSteps = 5;
+    const auto thread = static_cast<id_t>(::gettid());
+    errno = 0;
+    const int now = ::getpriority(PRIO_PROCESS, thread);
+    if (errno == 0) ::setpriority(PRIO_PROCESS, thread, std::min(now + kSteps, 19));
+#endif
+}
+
+}  // namespace kitra::ado

@@ -1,0 +1,12 @@
+#pragma once
+// The scheduling priority of a helper thread: threads whose work only has to stay ahead of
+// another thread run below it, so that on a busy machine the thread that waits for their work
+// is the one that gets the processor.
+
+namespace kitra::ado {
+
+// Lowers the calling thread's priority below the process's other threads. Does nothing where
+// the system refuses; the thread then simply runs as before.
+void RunBelowOtherThreads();
+
+}  // namespace kitra::ado
