@@ -67,10 +67,13 @@ bool IsLockedByAnother(int sqliteCode) {
 
 // ---------------------------------------------------------------- Statement
 
-Statement::Statement(const Database& database, std::string_view sql)
-    : database_(database), sql_(sql) {
-    statement_ = database_.TakePrepared(sql_);
-    if (statement_ != nullptr) return;
+Statement::Statement(const Database& database, std::string_view sql) : database_(database) {
+    kept_ = database_.TakePrepared(sql);
+    if (kept_ != nullptr) {
+        statement_ = kept_->statement;
+        return;
+    }
+    sql_ = sql;
     const char* tail = nullptr;
     const int rc = sqlite3_prepare_v2(database_.Handle(), sql_.data(),
                                       static_cast<int>(sql_.size()), &statement_, &tail);
@@ -88,7 +91,11 @@ Statement::Statement(const Database& database, std::string_view sql)
 }
 
 Statement::~Statement() {
-    if (statement_ != nullptr) database_.GiveBack(std::move(sql_), statement_);
+    if (kept_ != nullptr) {
+        database_.GiveBack(*kept_);
+    } else if (statement_ != nullptr) {
+        database_.GiveBack(std::move(sql_), statement_);
+    }
 }
 
 Statement& Statement::Bind(const std::vector<Variant>& values) {
@@ -267,7 +274,7 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
         // copied once instead of each time. The compaction truncates the WAL at the end of a run.
         Exec("PRAGMA wal_autocheckpoint=10000;");
     } catch (...) {
-        for (auto& [sql, statement] : prepared_) sqlite3_finalize(statement);
+        for (auto& [sql, kept] : prepared_) sqlite3_finalize(kept.statement);
         prepared_.clear();
         sqlite3_close(db_);
         db_ = nullptr;
@@ -287,7 +294,7 @@ Database::~Database() {
     } catch (...) {
         // What the group held is lost; the next run imports it again.
     }
-    for (auto& [sql, statement] : prepared_) sqlite3_finalize(statement);
+    for (auto& [sql, kept] : prepared_) sqlite3_finalize(kept.statement);
     sqlite3_close_v2(db_);
 }
 
@@ -297,22 +304,29 @@ namespace {
 constexpr std::size_t kMostPreparedKept = 512;
 }  // namespace
 
-sqlite3_stmt* Database::TakePrepared(const std::string& sql) const {
+KeptStatement* Database::TakePrepared(std::string_view sql) const {
     auto found = prepared_.find(sql);
-    if (found == prepared_.end()) return nullptr;
-    sqlite3_stmt* statement = found->second;
-    prepared_.erase(found);
-    return statement;
+    if (found == prepared_.end() || found->second.inUse) return nullptr;
+    found->second.inUse = true;
+    return &found->second;
+}
+
+void Database::GiveBack(KeptStatement& kept) const noexcept {
+    // Reset lets go of what a read left open; a statement that failed reports it again here,
+    // which has been reported already.
+    sqlite3_reset(kept.statement);
+    sqlite3_clear_bindings(kept.statement);
+    kept.inUse = false;
 }
 
 void Database::GiveBack(std::string&& sql, sqlite3_stmt* statement) const noexcept {
-    // Reset lets go of what a read left open; a statement that failed reports it again here,
-    // which has been reported already.
     sqlite3_reset(statement);
     sqlite3_clear_bindings(statement);
     try {
-        if (prepared_.size() < kMostPreparedKept && prepared_.emplace(std::move(sql), statement).second)
+        if (prepared_.size() < kMostPreparedKept &&
+            prepared_.emplace(std::move(sql), KeptStatement{statement, false}).second) {
             return;
+        }
     } catch (...) {
         // No room to keep it: it is simply finalised.
     }

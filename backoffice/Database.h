@@ -35,6 +35,12 @@ bool IsLockedByAnother(int sqliteCode);
 
 class Database;
 
+// A prepared statement the connection keeps for its text, and whether a Statement uses it now.
+struct KeptStatement {
+    sqlite3_stmt* statement = nullptr;
+    bool inUse = false;
+};
+
 // One prepared statement. Values are bound by position (1-based in SQL, 0-based here).
 // Preparing is most of what a short statement costs, so the connection keeps the statements it
 // prepared: a Statement of a text used before takes the prepared one back, reset and unbound,
@@ -71,6 +77,9 @@ public:
 private:
     const Database& database_;
     sqlite3_stmt* statement_ = nullptr;
+    // The connection's kept statement this one is, or null when it was prepared for this use
+    // alone (then `sql_` holds its text, for the keeping when it ends).
+    KeptStatement* kept_ = nullptr;
     std::string sql_;
 };
 
@@ -148,10 +157,13 @@ private:
     void CommitOpenGroup(int callersRecords);
     // Fails when an earlier group could not be committed.
     void RefuseAfterLostGroup() const;
-    // The prepared statement kept for the text, taken out of the keeping; null when none is.
-    sqlite3_stmt* TakePrepared(const std::string& sql) const;
-    // Keeps the statement for its text (reset, its values unbound), or finalises it when one
-    // is kept already or the keeping is full. Never throws.
+    // The prepared statement kept for the text, marked in use; null when none is kept or the
+    // kept one is in use already (a statement used again while it is still open).
+    KeptStatement* TakePrepared(std::string_view sql) const;
+    // A kept statement's use ended: reset, its values unbound, it waits for the next use.
+    void GiveBack(KeptStatement& kept) const noexcept;
+    // A statement prepared for one use: kept for its text (reset, its values unbound), or
+    // finalised when one is kept already or the keeping is full. Never throws.
     void GiveBack(std::string&& sql, sqlite3_stmt* statement) const noexcept;
 
     std::filesystem::path file_;
@@ -161,9 +173,17 @@ private:
     std::int64_t busySince_ = 0;      // steady clock, milliseconds: when the wait began
     int busyToldSeconds_ = 0;         // when the waiting was last told
     static int OnBusy(void* database, int count);
-    // Prepared statements not in use, by their text. Bounded: texts that carry values (rare
-    // here) would otherwise pile up.
-    mutable std::unordered_map<std::string, sqlite3_stmt*> prepared_;
+    // Prepared statements by their text, each used by one Statement at a time. Bounded: texts
+    // that carry values (rare here) would otherwise pile up. A statement is looked up once per
+    // use and stays where it is: a save issues dozens of statements, and taking each out of
+    // the keeping and putting it back cost a node and a second look-up every time.
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const noexcept {
+            return std::hash<std::string_view>{}(text);
+        }
+    };
+    mutable std::unordered_map<std::string, KeptStatement, TextHash, std::equal_to<>> prepared_;
 
     struct Group {
         bool active = false;  // between BeginGroup and EndGroup

@@ -131,6 +131,32 @@ TEST_F(DatabaseLayer, TheConnectionRunsOneStatementAtATime) {
     EXPECT_TRUE(office_->schema.TableExists("Kitra2Log"));
 }
 
+TEST_F(DatabaseLayer, StatementsOfTheSameTextOpenAtOnceEachReadTheirOwnRows) {
+    Database& database = office_->GetDatabase();
+    const std::string text = "SELECT TenderID FROM tenders WHERE TenderID >= ? ORDER BY TenderID";
+    for (int round = 0; round < 3; ++round) {  // the kept statement, then it again, reused
+        Statement outer(database, text);
+        outer.Bind({Variant(1)});
+        ASSERT_TRUE(outer.Step());
+        EXPECT_EQ(outer.Column(0).ToInt32(), 1);
+        {
+            // Same text while the first is still open: a statement of its own.
+            Statement inner(database, text);
+            inner.Bind({Variant(2)});
+            ASSERT_TRUE(inner.Step());
+            EXPECT_EQ(inner.Column(0).ToInt32(), 2);
+        }
+        // The outer one goes on where it was, its value still bound.
+        ASSERT_TRUE(outer.Step());
+        EXPECT_EQ(outer.Column(0).ToInt32(), 2);
+    }
+    // Given back reset and unbound: a new use starts from the first row.
+    Statement again(database, text);
+    again.Bind({Variant(1)});
+    ASSERT_TRUE(again.Step());
+    EXPECT_EQ(again.Column(0).ToInt32(), 1);
+}
+
 TEST_F(DatabaseLayer, QueriesAnswerTypedValues) {
     ado::Recordset rs = Connection().Query(SqlStatement(
         "SELECT TenderID, Description, GivesChange, MaximumAmount FROM tenders WHERE TenderID=?",
