@@ -213,8 +213,13 @@ void StoreLogsOfKilledRuns(CommandContext& context, BackOffice& office) {
 }  // namespace
 
 // A group of the run's records is committed when it holds this many records or is this old.
-constexpr int kRecordsPerCommit = 500;
-constexpr int kMillisecondsPerCommit = 200;
+// Each commit writes again every page the group touched, and a document touches the same few
+// thousand index pages as the one before it (lines and stock by item, documents by customer):
+// groups of seconds write each of them once where groups of a tenth of a second wrote them
+// dozens of times. Another program that writes meanwhile waits at most about this long, well
+// within its busy time-out.
+constexpr int kRecordsPerCommit = 20000;
+constexpr int kMillisecondsPerCommit = 5000;
 
 // The records per commit in force: $KITRA_HOST_RECORDS_PER_COMMIT when it holds a whole number
 // from 1 (every record committed at once, as the services do outside a run) up, else the above.

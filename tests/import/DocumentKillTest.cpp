@@ -58,6 +58,9 @@ protected:
         const pid_t child = ::fork();
         if (child == 0) {
             ::setenv("KITRA_COMPONENT_REGISTRY", (folder.Path() / "registry").c_str(), 1);
+            // Small groups, committed one after another: the test sees documents arrive and
+            // kills the run between two commits, as a run of a large restaurant would be.
+            ::setenv("KITRA_HOST_RECORDS_PER_COMMIT", "10", 1);
             std::freopen("/dev/null", "w", stdout);
             std::freopen("/dev/null", "w", stderr);
             ::execl(KITRA_HOST_PROGRAM, KITRA_HOST_PROGRAM, "--data", Data().c_str(), "execute",
