@@ -14,9 +14,9 @@
 
 namespace kitra::ado {
 
-void RunBelowOtherThreads() {
+bool RunBelowOtherThreads() {
 #if defined(_WIN32)
-    SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_BELOW_NORMAL);
+    return SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_BELOW_NORMAL) != 0;
 #elif defined(__linux__)
     // Five steps of niceness: under contention such a thread gets about a third of the share
     // of one at the process's own level. On Linux a thread id given as a process is that
@@ -25,7 +25,10 @@ void RunBelowOtherThreads() {
     const auto thread = static_cast<id_t>(::gettid());
     errno = 0;
     const int now = ::getpriority(PRIO_PROCESS, thread);
-    if (errno == 0) ::setpriority(PRIO_PROCESS, thread, std::min(now + kSteps, 19));
+    if (errno != 0 || now >= 19) return false;
+    return ::setpriority(PRIO_PROCESS, thread, std::min(now + kSteps, 19)) == 0;
+#else
+    return false;
 #endif
 }
 

@@ -5,8 +5,8 @@
 
 namespace kitra::ado {
 
-// Lowers the calling thread's priority below the process's other threads. Does nothing where
-// the system refuses; the thread then simply runs as before.
-void RunBelowOtherThreads();
+// Lowers the calling thread's priority below the process's other threads; false where the
+// system refuses, and the thread then simply runs as before.
+bool RunBelowOtherThreads();
 
 }  // namespace kitra::ado
