@@ -260,19 +260,16 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
         // NORMAL in WAL: a commit survives a crash of the program; a power cut may lose the
         // last commits but never leaves the file inconsistent (see docs/backoffice-schema.md).
         Exec("PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=ON;");
-        // A run inserts into indexes that grow with the data at random places (lines by item,
-        // documents by customer); with SQLite's default 2 MB of cached pages each insert soon
-        // reads its page again from the file. 32 MB holds those indexes of a restaurant's years;
-        // it is taken only as pages are read.
-        Exec("PRAGMA cache_size=-32768;");
+        FitCacheToFile();
         // The journals that let a record's savepoint or a statement be undone hold a few pages
         // each; in a temporary file each page is a write. The compaction, which builds a whole
         // new file as temporary data, switches back to a file (DatabaseCompaction).
         Exec("PRAGMA temp_store=MEMORY;");
-        // The WAL is copied into the file every 10,000 pages (40 MB) instead of every 1,000: the
-        // pages a run writes again and again (the same index pages, group after group) are
-        // copied once instead of each time. The compaction truncates the WAL at the end of a run.
-        Exec("PRAGMA wal_autocheckpoint=10000;");
+        // The WAL is copied into the file every 50,000 pages (200 MB) instead of every 1,000:
+        // the pages a run writes again and again (the same index pages, group after group) are
+        // copied once per checkpoint instead of after every group. The compaction truncates the
+        // WAL at the end of a run.
+        Exec("PRAGMA wal_autocheckpoint=50000;");
     } catch (...) {
         for (auto& [sql, kept] : prepared_) sqlite3_finalize(kept.statement);
         prepared_.clear();
@@ -479,6 +476,30 @@ void Database::CommitOpenGroup(int callersRecords) {
             records, error.Description());
         throw Error(group_.lost, error.Number());
     }
+    // A first import grows the file from nothing; the cache follows it, group by group.
+    FitCacheToFile();
+}
+
+void Database::FitCacheToFile() {
+    // A run inserts at random places into indexes that grow with the data (lines and stock
+    // movements by item, documents and account entries by customer), and reads customers and
+    // items at random. Those pages are about a tenth of the file; a cache that holds them keeps
+    // each insert from reading its page from the file again. At least 32 MB (what a few years
+    // of one restaurant need), at most 96 MB (a million documents, a file of about 1.2 GB),
+    // taken only as pages are read.
+    constexpr std::int64_t kLeastKib = 32 * 1024;
+    constexpr std::int64_t kMostKib = 96 * 1024;
+    std::int64_t fileKib = 0;
+    {
+        Statement pages(*this,
+                        "SELECT page_count * page_size / 1024 "
+                        "FROM pragma_page_count(), pragma_page_size()");
+        if (pages.Step()) fileKib = static_cast<std::int64_t>(pages.Column(0).ToDouble());
+    }
+    const std::int64_t kib = std::clamp(fileKib / 12, kLeastKib, kMostKib);
+    if (kib == cacheKib_) return;
+    Exec(fmt::format("PRAGMA cache_size=-{}", kib));
+    cacheKib_ = kib;
 }
 
 void Database::EndGroup() {

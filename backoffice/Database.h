@@ -155,6 +155,8 @@ private:
     // `callersRecords` records of the caller itself, what it lost is kept as the reason to
     // refuse every later write.
     void CommitOpenGroup(int callersRecords);
+    // Sizes SQLite's page cache from the file's size (between 32 and 96 MB).
+    void FitCacheToFile();
     // Fails when an earlier group could not be committed.
     void RefuseAfterLostGroup() const;
     // The prepared statement kept for the text, marked in use; null when none is kept or the
@@ -169,6 +171,7 @@ private:
     std::filesystem::path file_;
     sqlite3* db_ = nullptr;
     int busyTimeoutMilliseconds_ = kBusyTimeoutMilliseconds;
+    std::int64_t cacheKib_ = 0;  // the page cache's size as last set (FitCacheToFile)
     std::function<void(int, int)> busyWaiting_;
     std::int64_t busySince_ = 0;      // steady clock, milliseconds: when the wait began
     int busyToldSeconds_ = 0;         // when the waiting was last told

@@ -4,6 +4,7 @@
 // is committed.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
 #include "backoffice/Database.h"
@@ -147,6 +148,47 @@ TEST_F(GroupCommit, WithoutAGroupEveryRecordIsCommittedAtOnce) {
     SaveRecord(1);
     EXPECT_EQ(CommittedChildren(), 1);
     EXPECT_FALSE(Db().Grouping());
+}
+
+// SQLite's page cache of a connection, in KiB (the pragma gives KiB as a negative number).
+std::int64_t CacheKib(Database& database) {
+    Statement cache(database, "PRAGMA cache_size");
+    return cache.Step() ? -static_cast<std::int64_t>(cache.Column(0).ToDouble()) : 0;
+}
+
+std::int64_t FileKib(Database& database) {
+    Statement pages(database,
+                    "SELECT page_count * page_size / 1024 "
+                    "FROM pragma_page_count(), pragma_page_size()");
+    return pages.Step() ? static_cast<std::int64_t>(pages.Column(0).ToDouble()) : 0;
+}
+
+TEST_F(GroupCommit, ThePageCacheFollowsTheFileAsItsGroupsAreCommitted) {
+    // A small file keeps the least cache: 32 MB.
+    EXPECT_EQ(CacheKib(Db()), 32 * 1024);
+
+    // A record that makes the file about 420 MB (more than twelve times the least cache).
+    Db().Exec("CREATE TABLE bulk (id INTEGER PRIMARY KEY, data BLOB)");
+    GroupedCommits grouped(Db(), 1000, 60000);
+    {
+        Transaction record(Db(), TransactionKind::Record);
+        Db().Exec(
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 420) "
+            "INSERT INTO bulk (id, data) SELECT i, zeroblob(1048576) FROM n");
+        record.Commit();
+    }
+    // Not before the group is committed,
+    EXPECT_EQ(CacheKib(Db()), 32 * 1024);
+    grouped.End();
+
+    // then a twelfth of the file.
+    const std::int64_t fileKib = FileKib(Db());
+    ASSERT_GT(fileKib, 420 * 1024);
+    EXPECT_EQ(CacheKib(Db()), fileKib / 12);
+
+    // A connection opened on a large file takes its share at once.
+    Database other(office_.File(), Database::OpenMode::Existing);
+    EXPECT_EQ(CacheKib(other), fileKib / 12);
 }
 
 }  // namespace
