@@ -476,8 +476,12 @@ void Database::CommitOpenGroup(int callersRecords) {
             records, error.Description());
         throw Error(group_.lost, error.Number());
     }
-    // A first import grows the file from nothing; the cache follows it, group by group.
-    FitCacheToFile();
+    // A first import grows the file from nothing; the cache follows it, group by group. The
+    // group is committed whatever happens here: a cache left at its size only costs time.
+    try {
+        FitCacheToFile();
+    } catch (const Error&) {
+    }
 }
 
 void Database::FitCacheToFile() {
