@@ -27,7 +27,9 @@ bool PathTaken(const std::filesystem::path& path) {
 // What a file named backoffice.sqlite holds, looked at read-only: nothing is changed in a file
 // that turns out not to be a back office.
 struct FileContents {
-    enum class Kind { BackOffice, Empty, NotADatabase, Foreign } kind = Kind::Empty;
+    // Locked: another program held the file for longer than the busy timeout, so what it holds
+    // could not be read; the open that follows waits and says so in its own words.
+    enum class Kind { BackOffice, Empty, NotADatabase, Foreign, Locked } kind = Kind::Empty;
     std::string detail;  // the foreign file's tables, or SQLite's reason
 };
 
@@ -40,6 +42,9 @@ FileContents Inspect(const std::filesystem::path& file) {
     const std::u8string name = file.u8string();
     int rc = sqlite3_open_v2(reinterpret_cast<const char*>(name.c_str()), &db, SQLITE_OPEN_READONLY,
                              nullptr);
+    // Another program opening or closing the same back office holds it for a moment (the WAL's
+    // recovery and last checkpoint); this look waits for it like every other connection.
+    if (db != nullptr) sqlite3_busy_timeout(db, BusyTimeoutMilliseconds());
     FileContents contents;
     std::vector<std::string> tables;
     bool hasCompany = false;
@@ -65,7 +70,9 @@ FileContents Inspect(const std::filesystem::path& file) {
         version = sqlite3_column_int(statement, 0);
     }
     sqlite3_finalize(statement);
-    if (rc != SQLITE_DONE) {
+    if ((rc & 0xff) == SQLITE_BUSY || (rc & 0xff) == SQLITE_LOCKED) {
+        contents.kind = FileContents::Kind::Locked;
+    } else if (rc != SQLITE_DONE) {
         contents.kind = FileContents::Kind::NotADatabase;
         contents.detail = db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(rc);
     } else if (tables.empty()) {
@@ -86,6 +93,7 @@ std::string WhatIsThere(const std::filesystem::path& file) {
     const FileContents contents = Inspect(file);
     switch (contents.kind) {
         case FileContents::Kind::BackOffice:
+        case FileContents::Kind::Locked:
             return {};
         case FileContents::Kind::Empty:
             return fmt::format("O ficheiro '{}' existe mas está vazio: não é uma retaguarda.",

@@ -8,7 +8,10 @@
 
 #include <chrono>
 #include <iostream>
+#include <optional>
 #include <thread>
+
+#include <sqlite3.h>
 
 #include "tests/backoffice/TempFolder.h"
 
@@ -131,6 +134,46 @@ TEST(TwoPrograms, CreatingTheSameBackOfficeAtOnceSucceedsOnlyOnce) {
         const std::string name = entry.path().filename().string();
         EXPECT_TRUE(name.rfind(kBackOfficeFileName, 0) == 0 || name == "logs") << name;
     }
+}
+
+// A program that opens or closes the back office holds the whole file for a moment (SQLite's
+// recovery of the WAL, its last checkpoint); one that opens it meanwhile waits, rather than
+// saying the file is not a database.
+TEST(TwoPrograms, OpeningWaitsForAProgramThatHoldsTheWholeFile) {
+    testing::TempFolder folder;
+    const auto data = folder.Path() / "data";
+    BackOffice::Create(data);
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        sqlite3* db = nullptr;
+        const std::string file = BackOffice::FileIn(data).string();
+        if (sqlite3_open(file.c_str(), &db) != SQLITE_OK) ::_exit(1);
+        // Exclusive locking keeps every lock of the file, readers' included, until the close.
+        if (sqlite3_exec(db, "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT;", nullptr,
+                         nullptr, nullptr) != SQLITE_OK)
+            ::_exit(2);
+        const char go = 'g';
+        if (::write(ready[1], &go, 1) != 1) ::_exit(3);
+        std::this_thread::sleep_for(800ms);
+        sqlite3_close(db);
+        ::_exit(0);
+    }
+    ::close(ready[1]);
+    char go = 0;
+    ASSERT_EQ(::read(ready[0], &go, 1), 1);
+    ::close(ready[0]);
+
+    const auto before = Clock::now();
+    std::optional<BackOffice> office;
+    EXPECT_NO_THROW(office.emplace(data));
+    const auto waited = Clock::now() - before;
+    EXPECT_EQ(ExitCodeOf(child), 0);
+    EXPECT_GT(waited, 300ms) << "the open should have waited for the other program";
+    ASSERT_TRUE(office);
+    EXPECT_TRUE(office->tenders.Exists(1));
 }
 
 }  // namespace
