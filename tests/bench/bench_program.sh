@@ -73,5 +73,84 @@ for runs in 0 21 x 2x; do
 done
 [ ! -e "$scratch/out.csv" ] || fail "a refused --runs wrote the CSV"
 
+# Runs in turns: each run of the larger factor is set against the mean of the smaller factor's
+# runs on either side of it, wall time and processor time alike.
+cat >"$scratch/turns.csv" <<'CSV'
+factor,part,statements,rows,seconds,peak_rss_mb
+1,"turn 1",0,0,40.000,55.0
+1,"turn 1 cpu",0,0,60.000,0.0
+10,"turn 2",0,0,420.000,170.0
+10,"turn 2 cpu",0,0,590.000,0.0
+1,"turn 3",0,0,44.000,55.0
+1,"turn 3 cpu",0,0,58.000,0.0
+10,"turn 4",0,0,400.000,170.0
+10,"turn 4 cpu",0,0,600.000,0.0
+1,"turn 5",0,0,36.000,55.0
+1,"turn 5 cpu",0,0,62.000,0.0
+CSV
+out="$("$bench" summary --csv "$scratch/turns.csv")"; status=$?
+[ "$status" -eq 0 ] || fail "turns met: exit $status: $out"
+grep -qxF "  turn 2: 420.0 s = 10.00 × 42.0 s (turns 1 and 3); processor time 590.0 s = 10.00 × 59.0 s" <<<"$out" ||
+  fail "turns met: turn 2: $out"
+grep -qxF "  turn 4: 400.0 s = 10.00 × 40.0 s (turns 3 and 5); processor time 600.0 s = 10.00 × 60.0 s" <<<"$out" ||
+  fail "turns met: turn 4: $out"
+grep -qxF "factor 10 in 10.00× the time of factor 1 (10.00× the processor time of the import and the server); goal ≤ 10.50×: met" <<<"$out" ||
+  fail "turns met: verdict: $out"
+
+# One larger run well above the goal takes the mean of the ratios above it.
+sed 's/^10,"turn 4",0,0,400.000/10,"turn 4",0,0,468.000/' "$scratch/turns.csv" >"$scratch/turns-slow.csv"
+out="$("$bench" summary --csv "$scratch/turns-slow.csv")"; status=$?
+[ "$status" -eq 1 ] || fail "turns missed: exit $status: $out"
+grep -qF "factor 10 in 10.85× the time of factor 1" <<<"$out" || fail "turns missed: ratio: $out"
+grep -q ": missed$" <<<"$out" || fail "turns missed: no 'missed': $out"
+
+# Runs in turns of one factor only say so.
+grep -v '^10,' "$scratch/turns.csv" >"$scratch/turns-one.csv"
+err="$("$bench" summary --csv "$scratch/turns-one.csv" 2>&1 >/dev/null)"; status=$?
+[ "$status" -eq 2 ] || fail "turns of one factor: exit $status"
+grep -qF "the runs in turns are all of one factor" <<<"$err" || fail "turns of one factor: message: $err"
+
+# The turns themselves, with a stand-in for kitra-host that notes which back office it was given
+# and refuses one a run before it has already used: the factors alternate, the smaller first and
+# last, and every run starts from its back office as it was.
+cat >"$scratch/host" <<'HOST'
+#!/bin/bash
+data="$2"
+[ ! -e "$data/used" ] || { echo "not fresh: $data" >&2; exit 3; }
+touch "$data/used"
+echo "$data" >>"$(dirname "$data")/order"
+echo "A importar Transacções"
+HOST
+chmod +x "$scratch/host"
+mkdir -p "$scratch/turns/small" "$scratch/turns/large"
+"$bench" turns --host-program "$scratch/host" --csv "$scratch/turns/out.csv" \
+  --small-data "$scratch/turns/small" --small-factor 1 --large-data "$scratch/turns/large" \
+  --large-factor 10 --turns 2 --server-pid $$ >"$scratch/turns/stdout"; status=$?
+[ "$status" -eq 0 ] || fail "turns run: exit $status: $(cat "$scratch/turns/stdout")"
+order="$(sed "s|$scratch/turns/||" "$scratch/turns/order" | tr '\n' ' ')"
+[ "$order" = "small large small large small " ] || fail "turns run: order: $order"
+[ "$(grep -c '^1,"turn [135]",' "$scratch/turns/out.csv")" -eq 3 ] || fail "turns run: CSV: $(cat "$scratch/turns/out.csv")"
+[ "$(grep -c '^10,"turn [24]",' "$scratch/turns/out.csv")" -eq 2 ] || fail "turns run: CSV: $(cat "$scratch/turns/out.csv")"
+grep -qF "turn 5 of 5: factor 1: " "$scratch/turns/stdout" || fail "turns run: output: $(cat "$scratch/turns/stdout")"
+grep -qF " + server " "$scratch/turns/stdout" || fail "turns run: no server time: $(cat "$scratch/turns/stdout")"
+[ ! -e "$scratch/turns/small.before-run" ] || fail "turns run: the fresh copy was left behind"
+
+# A run that fails ends the turns with the failure.
+sed -i 's/^echo "A importar/[ "$(basename "$data")" = large ] \&\& exit 4\necho "A importar/' "$scratch/host"
+rm -f "$scratch/turns/small/used" "$scratch/turns/large/used"
+"$bench" turns --host-program "$scratch/host" --csv "$scratch/turns/out2.csv" \
+  --small-data "$scratch/turns/small" --small-factor 1 --large-data "$scratch/turns/large" \
+  --large-factor 10 >/dev/null 2>"$scratch/turns/stderr"; status=$?
+[ "$status" -eq 1 ] || fail "turns with a failing run: exit $status"
+grep -qF "exit code 4" "$scratch/turns/stderr" || fail "turns with a failing run: $(cat "$scratch/turns/stderr")"
+
+for turns in 0 11 x; do
+  err="$("$bench" turns --host-program "$scratch/host" --csv "$scratch/turns/out3.csv" \
+    --small-data "$scratch/turns/small" --small-factor 1 --large-data "$scratch/turns/large" \
+    --large-factor 10 --turns "$turns" 2>&1 >/dev/null)"; status=$?
+  [ "$status" -eq 2 ] || fail "--turns $turns: exit $status"
+  grep -qF -- "--turns must be a whole number from 1 to 10, not $turns" <<<"$err" || fail "--turns $turns: $err"
+done
+
 [ "$failures" -eq 0 ] && echo "kitra-bench: all checks passed"
 exit $((failures > 0))

@@ -2,6 +2,7 @@
 // The import benchmark's measurements: the import run itself, measured from outside, and its
 // two floors on the same data (fetching what it fetches, writing what it writes).
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,26 @@ struct RunResult {
 // Runs the program (argv, the first the program's path) with its standard output read line by
 // line into `outputFile`, and measures it.
 RunResult MeasureRun(const std::vector<std::string>& command, const std::string& outputFile);
+
+// The processor time (user and system) another process has used so far, from the kernel's
+// count; nothing when the process is not there or not readable.
+std::optional<double> ProcessCpuSeconds(long pid);
+
+// The back office in `data` as it is when this is made, put back before each run so that
+// every run starts from the same state; the copy goes when this does.
+class FreshBackOffice {
+public:
+    explicit FreshBackOffice(std::string data);
+    ~FreshBackOffice();
+    FreshBackOffice(const FreshBackOffice&) = delete;
+    FreshBackOffice& operator=(const FreshBackOffice&) = delete;
+
+    void Restore() const;
+
+private:
+    std::string data_;
+    std::string kept_;
+};
 
 struct FetchFloorOptions {
     std::string server, port, database, user, password;

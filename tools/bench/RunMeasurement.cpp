@@ -11,9 +11,12 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <regex>
+#include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace kitra::bench {
 namespace {
@@ -96,6 +99,42 @@ RunResult MeasureRun(const std::vector<std::string>& command, const std::string&
                         static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
     result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return result;
+}
+
+std::optional<double> ProcessCpuSeconds(long pid) {
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string text;
+    if (!stat || !std::getline(stat, text)) return std::nullopt;
+    // The command's name, in parentheses, may hold blanks; the fields after it are plain.
+    const std::size_t nameEnd = text.rfind(')');
+    if (nameEnd == std::string::npos) return std::nullopt;
+    std::istringstream fields(text.substr(nameEnd + 1));
+    std::string field;
+    unsigned long long user = 0, system = 0;
+    // After the name: state (3rd field of the line) ... utime (14th), stime (15th).
+    for (int index = 3; index <= 15 && fields >> field; ++index) {
+        if (index == 14) user = std::stoull(field);
+        if (index == 15) system = std::stoull(field);
+    }
+    if (!fields) return std::nullopt;
+    const long ticks = sysconf(_SC_CLK_TCK);
+    if (ticks <= 0) return std::nullopt;
+    return static_cast<double>(user + system) / static_cast<double>(ticks);
+}
+
+FreshBackOffice::FreshBackOffice(std::string data) : data_(std::move(data)), kept_(data_ + ".before-run") {
+    std::filesystem::remove_all(kept_);
+    std::filesystem::copy(data_, kept_, std::filesystem::copy_options::recursive);
+}
+
+FreshBackOffice::~FreshBackOffice() {
+    std::error_code ignored;
+    std::filesystem::remove_all(kept_, ignored);
+}
+
+void FreshBackOffice::Restore() const {
+    std::filesystem::remove_all(data_);
+    std::filesystem::copy(kept_, data_, std::filesystem::copy_options::recursive);
 }
 
 }  // namespace kitra::bench

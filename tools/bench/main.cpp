@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -11,10 +12,12 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "ado/DriverRegistration.h"
 #include "core/Environment.h"
@@ -33,14 +36,24 @@ constexpr const char* kUsage =
     "      runs 'PATH --data DIR execute' N times (3 unless told), each on the back office as DIR\n"
     "      holds it now, and keeps the fastest; then the fetch floor against the restaurant and\n"
     "      the write floor over what the run wrote; prints a table and appends it to FILE\n"
+    "  kitra-bench turns --host-program PATH --csv FILE\n"
+    "                    --small-data DIR --small-factor X --large-data DIR --large-factor Y\n"
+    "                    [--turns N] [--server-pid PID]\n"
+    "      runs the imports of the two factors in turns (X, Y, X, ... Y, X: N runs of Y, 1 unless\n"
+    "      told), each from its back office as DIR holds it now, with the processor time of the\n"
+    "      import and of the restaurant's server (PID); appends each run to FILE\n"
     "  kitra-bench summary --csv FILE\n"
-    "      the verdict over the two factors of FILE: the ratio to the floor, the peak memory\n"
-    "      and how time grows with the data; exits 1 when a goal is missed\n";
+    "      the verdict over FILE: for two factors' imports, the ratio to the floor, the peak\n"
+    "      memory and how time grows with the data; for runs in turns, each larger run against\n"
+    "      the smaller ones on either side of it; exits 1 when a goal is missed\n";
 
 // The goals the import is held to on the machine the bench runs on.
 constexpr double kFloorRatioGoal = 1.3;
 constexpr double kPeakRssGoalMegabytes = 300;
 constexpr double kGrowthGoal = 1.1;  // time grows at most 1.1 times as fast as the data
+// From the bench size to a restaurant's whole history, measured in turns: the larger factor's
+// time grows at most 1.05 times as fast as the data (factor 10 in 10.5 times factor 1's time).
+constexpr double kTurnsGrowthGoal = 1.05;
 
 struct Arguments {
     std::map<std::string, std::string> options;
@@ -96,23 +109,14 @@ int RunsWanted(const Arguments& arguments) {
 // one that shows what the import itself costs. The peak memory is the largest of all runs.
 RunResult MeasureFastestRun(const Arguments& arguments, const std::string& data, int runs,
                             std::vector<double>& allSeconds) {
-    namespace fs = std::filesystem;
-    const fs::path before = data + ".before-run";
-    fs::remove_all(before);
-    fs::copy(data, before, fs::copy_options::recursive);
+    const FreshBackOffice fresh(data);
     std::optional<RunResult> fastest;
     long peakRss = 0;
     for (int run = 1; run <= runs; ++run) {
-        if (run > 1) {
-            fs::remove_all(data);
-            fs::copy(before, data, fs::copy_options::recursive);
-        }
+        if (run > 1) fresh.Restore();
         RunResult result = MeasureRun({arguments.Required("--host-program"), "--data", data, "execute"},
                                       data + "/bench-run.txt");
-        if (result.exitCode != 0) {
-            fs::remove_all(before);
-            return result;
-        }
+        if (result.exitCode != 0) return result;
         std::cout << fmt::format("  run {} of {}: {:.1f} s, peak RSS {:.0f} MB\n", run, runs, result.wallSeconds,
                                  static_cast<double>(result.peakRssKilobytes) / 1024.0)
                   << std::flush;
@@ -120,7 +124,6 @@ RunResult MeasureFastestRun(const Arguments& arguments, const std::string& data,
         peakRss = std::max(peakRss, result.peakRssKilobytes);
         if (!fastest || result.wallSeconds < fastest->wallSeconds) fastest = std::move(result);
     }
-    fs::remove_all(before);
     fastest->peakRssKilobytes = peakRss;
     return *fastest;
 }
@@ -210,6 +213,58 @@ int Import(const Arguments& arguments) {
     return 0;
 }
 
+// Runs the imports of two factors in turns, the smaller first and last, so that each run of the
+// larger factor has a run of the smaller on either side of it, minutes apart: the machine's speed
+// drifts by a fifth over a quarter of an hour, and a larger run set against smaller ones taken
+// at other moments measures the machine as much as the import. Every run starts from its fresh
+// back office. The processor time of the import and of the restaurant's server is kept beside
+// the wall time: it moves with the machine less than the wall time does.
+int Turns(const Arguments& arguments) {
+    const std::string host = arguments.Required("--host-program");
+    const std::string csvFile = arguments.Required("--csv");
+    struct Side {
+        std::string data, factor;
+    };
+    const Side small{arguments.Required("--small-data"), arguments.Required("--small-factor")};
+    const Side large{arguments.Required("--large-data"), arguments.Required("--large-factor")};
+    const std::string turnsText = arguments.Or("--turns", "1");
+    const std::optional<long> turns = kitra::WholeNumberWithin(turnsText.c_str(), 1, 10);
+    if (!turns) throw std::invalid_argument("--turns must be a whole number from 1 to 10, not " + turnsText);
+    std::optional<long> serverPid;
+    if (const std::string pid = arguments.Or("--server-pid", ""); !pid.empty()) {
+        serverPid = kitra::WholeNumberWithin(pid.c_str(), 1, 1L << 30);
+        if (!serverPid) throw std::invalid_argument("--server-pid must be a process id, not " + pid);
+    }
+
+    const FreshBackOffice freshSmall(small.data);
+    const FreshBackOffice freshLarge(large.data);
+    std::ofstream csv(csvFile, std::ios::app);
+    const long runs = 2 * *turns + 1;
+    for (long turn = 1; turn <= runs; ++turn) {
+        const bool isSmall = turn % 2 == 1;
+        const Side& side = isSmall ? small : large;
+        (isSmall ? freshSmall : freshLarge).Restore();
+        const std::optional<double> serverBefore = serverPid ? ProcessCpuSeconds(*serverPid) : std::nullopt;
+        const RunResult result = MeasureRun({host, "--data", side.data, "execute"}, side.data + "/bench-run.txt");
+        const std::optional<double> serverAfter = serverPid ? ProcessCpuSeconds(*serverPid) : std::nullopt;
+        if (result.exitCode != 0) {
+            std::cerr << fmt::format("the import ended with exit code {} (its output is in {}/bench-run.txt)\n",
+                                     result.exitCode, side.data);
+            return 1;
+        }
+        const double server = serverBefore && serverAfter ? *serverAfter - *serverBefore : 0;
+        const double rss = static_cast<double>(result.peakRssKilobytes) / 1024.0;
+        // One line per run, once it has ended: the import's own warnings go to the same terminal.
+        std::cout << fmt::format("  turn {} of {}: factor {}: {:.1f} s, cpu {:.1f} s{}, peak RSS {:.0f} MB\n", turn,
+                                 runs, side.factor, result.wallSeconds, result.cpuSeconds,
+                                 serverPid ? fmt::format(" + server {:.1f} s", server) : "", rss)
+                  << std::flush;
+        AppendCsv(csv, side.factor, fmt::format("turn {}", turn), 0, 0, result.wallSeconds, rss);
+        AppendCsv(csv, side.factor, fmt::format("turn {} cpu", turn), 0, 0, result.cpuSeconds + server, 0);
+    }
+    return 0;
+}
+
 struct FactorFigures {
     double factor = 0, import = 0, fetch = 0, write = 0, rss = 0, headers = 0;
 };
@@ -251,28 +306,84 @@ std::vector<std::string> SplitCsv(const std::string& line) {
     return fields;
 }
 
-int Summary(const Arguments& arguments) {
-    std::ifstream csv(arguments.Required("--csv"));
-    std::map<double, FactorFigures> figures;
-    std::string line;
-    while (std::getline(csv, line)) {
-        const std::vector<std::string> f = SplitCsv(line);
-        if (f.size() < 6 || f[0] == "factor") continue;
-        FactorFigures& entry = figures[std::stod(f[0])];
-        entry.factor = std::stod(f[0]);
-        const double seconds = std::stod(f[4]);
-        if (f[1] == "import") {
-            entry.import = seconds;
-            entry.rss = std::stod(f[5]);
-        } else if (f[1] == "fetch floor") {
-            entry.fetch = seconds;
-        } else if (f[1] == "write floor") {
-            entry.write = seconds;
-        } else if (f[1] == "transaction headers") {
-            entry.headers = std::stod(f[3]);
-        }
+// One import run of a measurement in turns.
+struct Turn {
+    double factor = 0, wall = 0, cpu = 0;
+};
+
+// "turn 3" or "turn 3 cpu": the turn's number, and whether the row is its processor time.
+std::optional<std::pair<long, bool>> TurnOf(const std::string& part) {
+    static constexpr std::string_view kPrefix = "turn ";
+    if (!part.starts_with(kPrefix)) return std::nullopt;
+    std::string rest = part.substr(kPrefix.size());
+    const bool cpu = rest.ends_with(" cpu");
+    if (cpu) rest.resize(rest.size() - std::string_view(" cpu").size());
+    const std::optional<long> number = kitra::WholeNumberWithin(rest.c_str(), 1, 1000);
+    if (!number) return std::nullopt;
+    return std::make_pair(*number, cpu);
+}
+
+double MeanOf(const std::vector<double>& values) {
+    double sum = 0;
+    for (double value : values) sum += value;
+    return values.empty() ? 0 : sum / static_cast<double>(values.size());
+}
+
+// Each run of the larger factor against the mean of the smaller factor's runs on either side of
+// it, then the mean of those ratios against the goal; true when it is met.
+bool TurnsVerdict(const std::map<long, Turn>& turns) {
+    double smallFactor = turns.begin()->second.factor, largeFactor = smallFactor;
+    for (const auto& [number, turn] : turns) {
+        smallFactor = std::min(smallFactor, turn.factor);
+        largeFactor = std::max(largeFactor, turn.factor);
     }
-    if (figures.empty()) throw std::invalid_argument("no measurements in the CSV file");
+    if (smallFactor == largeFactor) throw std::invalid_argument("the runs in turns are all of one factor");
+    std::cout << fmt::format("factor {:g} against factor {:g}, in turns:\n", largeFactor, smallFactor);
+    std::vector<double> wallRatios, cpuRatios;
+    for (auto at = turns.begin(); at != turns.end(); ++at) {
+        const auto& [number, turn] = *at;
+        if (turn.factor != largeFactor) continue;
+        std::vector<long> numbers;
+        std::vector<double> walls, cpus;
+        const auto take = [&](std::map<long, Turn>::const_iterator side) {
+            if (side->second.factor != smallFactor) return;
+            numbers.push_back(side->first);
+            walls.push_back(side->second.wall);
+            cpus.push_back(side->second.cpu);
+        };
+        if (at != turns.begin()) take(std::prev(at));
+        if (std::next(at) != turns.end()) take(std::next(at));
+        if (walls.empty()) continue;
+        const double wall = turn.wall / MeanOf(walls);
+        wallRatios.push_back(wall);
+        std::string line = fmt::format("  turn {}: {:.1f} s = {:.2f} × {:.1f} s (turn{} {})", number, turn.wall,
+                                       wall, MeanOf(walls), numbers.size() > 1 ? "s" : "",
+                                       fmt::join(numbers, " and "));
+        // A run whose processor time is not known (no server's pid) has none to set against.
+        const bool cpuKnown = turn.cpu > 0 && std::none_of(cpus.begin(), cpus.end(), [](double c) { return c <= 0; });
+        if (cpuKnown) {
+            cpuRatios.push_back(turn.cpu / MeanOf(cpus));
+            line += fmt::format("; processor time {:.1f} s = {:.2f} × {:.1f} s", turn.cpu, cpuRatios.back(),
+                                MeanOf(cpus));
+        }
+        std::cout << line << "\n";
+    }
+    if (wallRatios.empty()) throw std::invalid_argument("no run of the larger factor has a smaller one beside it");
+    const double goal = kTurnsGrowthGoal * largeFactor / smallFactor;
+    const double ratio = MeanOf(wallRatios);
+    const bool met = ratio <= goal;
+    std::cout << fmt::format("factor {:g} in {:.2f}× the time of factor {:g}{}; goal ≤ {:.2f}×: {}\n", largeFactor,
+                             ratio, smallFactor,
+                             cpuRatios.size() == wallRatios.size()
+                                 ? fmt::format(" ({:.2f}× the processor time of the import and the server)",
+                                               MeanOf(cpuRatios))
+                                 : "",
+                             goal, met ? "met" : "missed");
+    return met;
+}
+
+// The verdict over two factors' imports and their floors; true when every goal is met.
+bool ImportVerdict(const std::map<double, FactorFigures>& figures) {
     const FactorFigures& largest = figures.rbegin()->second;
     const double floor = largest.fetch + largest.write;
     const double ratio = floor > 0 ? largest.import / floor : 0;
@@ -305,6 +416,42 @@ int Summary(const Arguments& arguments) {
         std::cout << fmt::format("goals: import ≤ {} × floor, peak RSS ≤ {:.0f} MB: {}\n", kFloorRatioGoal,
                                  kPeakRssGoalMegabytes, met ? "met" : "missed");
     }
+    return met;
+}
+
+int Summary(const Arguments& arguments) {
+    std::ifstream csv(arguments.Required("--csv"));
+    std::map<double, FactorFigures> figures;
+    std::map<long, Turn> turns;
+    std::string line;
+    while (std::getline(csv, line)) {
+        const std::vector<std::string> f = SplitCsv(line);
+        if (f.size() < 6 || f[0] == "factor") continue;
+        const double factor = std::stod(f[0]);
+        const double seconds = std::stod(f[4]);
+        if (const auto turn = TurnOf(f[1])) {
+            Turn& entry = turns[turn->first];
+            entry.factor = factor;
+            (turn->second ? entry.cpu : entry.wall) = seconds;
+            continue;
+        }
+        FactorFigures& entry = figures[factor];
+        entry.factor = factor;
+        if (f[1] == "import") {
+            entry.import = seconds;
+            entry.rss = std::stod(f[5]);
+        } else if (f[1] == "fetch floor") {
+            entry.fetch = seconds;
+        } else if (f[1] == "write floor") {
+            entry.write = seconds;
+        } else if (f[1] == "transaction headers") {
+            entry.headers = std::stod(f[3]);
+        }
+    }
+    if (figures.empty() && turns.empty()) throw std::invalid_argument("no measurements in the CSV file");
+    bool met = true;
+    if (!figures.empty()) met = ImportVerdict(figures);
+    if (!turns.empty()) met = TurnsVerdict(turns) && met;
     return met ? 0 : 1;
 }
 
@@ -321,6 +468,7 @@ int main(int argc, char** argv) {
             kitra::ado::EnsureDriverRegistration();
             return Import(Parse(argc, argv, 2));
         }
+        if (command == "turns") return Turns(Parse(argc, argv, 2));
         if (command == "summary") return Summary(Parse(argc, argv, 2));
         std::cerr << kUsage;
         return 2;
