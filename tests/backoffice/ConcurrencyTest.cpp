@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <thread>
@@ -47,6 +48,38 @@ int ExitCodeOf(pid_t child) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+// Runs `hold` in another program (a child process) and returns once that program holds its lock:
+// `hold` takes the lock, calls the function it is given, keeps the lock for most of a second and
+// returns the child's exit code (0 when all went well). -1 when the child could not be started
+// or never took its lock.
+pid_t StartProgramHoldingALock(const std::function<int(const std::function<void()>& holding)>& hold) {
+    int ready[2];
+    if (::pipe(ready) != 0) return -1;
+    const pid_t child = ::fork();
+    if (child < 0) return -1;
+    if (child == 0) {
+        ::close(ready[0]);
+        const auto holding = [&ready] {
+            const char go = 'g';
+            if (::write(ready[1], &go, 1) != 1) ::_exit(3);
+        };
+        try {
+            ::_exit(hold(holding));
+        } catch (...) {
+            ::_exit(1);
+        }
+    }
+    ::close(ready[1]);
+    char go = 0;
+    const bool held = ::read(ready[0], &go, 1) == 1;
+    ::close(ready[0]);
+    if (!held) {
+        ExitCodeOf(child);
+        return -1;
+    }
+    return child;
+}
+
 TEST(TwoPrograms, WriteTheSameBackOfficeAtOnce) {
     testing::TempFolder folder;
     const auto data = folder.Path() / "data";
@@ -69,31 +102,19 @@ TEST(TwoPrograms, ASaveWaitsForAnotherProgramsLongWrite) {
     testing::TempFolder folder;
     const auto data = folder.Path() / "data";
     BackOffice::Create(data);
-    int ready[2];
-    ASSERT_EQ(::pipe(ready), 0);
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        // Holds the write lock for most of a second, then commits.
-        try {
-            BackOffice office(data);
-            Transaction transaction(office.GetDatabase());
-            Statement insert(office.GetDatabase(),
-                             "INSERT INTO warehouses (WarehouseID, Description) VALUES (?,?)");
-            insert.Bind({Variant(std::int32_t{3}), Variant("Armazém da outra aplicação")}).Run();
-            const char go = 'g';
-            if (::write(ready[1], &go, 1) != 1) ::_exit(3);
-            std::this_thread::sleep_for(800ms);
-            transaction.Commit();
-            ::_exit(0);
-        } catch (...) {
-            ::_exit(1);
-        }
-    }
-    ::close(ready[1]);
-    char go = 0;
-    ASSERT_EQ(::read(ready[0], &go, 1), 1);
-    ::close(ready[0]);
+    // Holds the write lock for most of a second, then commits.
+    const pid_t child = StartProgramHoldingALock([&data](const std::function<void()>& holding) {
+        BackOffice office(data);
+        Transaction transaction(office.GetDatabase());
+        Statement insert(office.GetDatabase(),
+                         "INSERT INTO warehouses (WarehouseID, Description) VALUES (?,?)");
+        insert.Bind({Variant(std::int32_t{3}), Variant("Armazém da outra aplicação")}).Run();
+        holding();
+        std::this_thread::sleep_for(800ms);
+        transaction.Commit();
+        return 0;
+    });
+    ASSERT_GT(child, 0);
 
     BackOffice office(data);
     const auto before = Clock::now();
@@ -143,28 +164,20 @@ TEST(TwoPrograms, OpeningWaitsForAProgramThatHoldsTheWholeFile) {
     testing::TempFolder folder;
     const auto data = folder.Path() / "data";
     BackOffice::Create(data);
-    int ready[2];
-    ASSERT_EQ(::pipe(ready), 0);
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
+    const pid_t child = StartProgramHoldingALock([&data](const std::function<void()>& holding) {
         sqlite3* db = nullptr;
         const std::string file = BackOffice::FileIn(data).string();
-        if (sqlite3_open(file.c_str(), &db) != SQLITE_OK) ::_exit(1);
+        if (sqlite3_open(file.c_str(), &db) != SQLITE_OK) return 1;
         // Exclusive locking keeps every lock of the file, readers' included, until the close.
         if (sqlite3_exec(db, "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT;", nullptr,
                          nullptr, nullptr) != SQLITE_OK)
-            ::_exit(2);
-        const char go = 'g';
-        if (::write(ready[1], &go, 1) != 1) ::_exit(3);
+            return 2;
+        holding();
         std::this_thread::sleep_for(800ms);
         sqlite3_close(db);
-        ::_exit(0);
-    }
-    ::close(ready[1]);
-    char go = 0;
-    ASSERT_EQ(::read(ready[0], &go, 1), 1);
-    ::close(ready[0]);
+        return 0;
+    });
+    ASSERT_GT(child, 0);
 
     const auto before = Clock::now();
     std::optional<BackOffice> office;
