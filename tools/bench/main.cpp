@@ -103,6 +103,18 @@ int RunsWanted(const Arguments& arguments) {
     return static_cast<int>(*runs);
 }
 
+// One import run: 'HOST --data DATA execute', its output kept in DATA/bench-run.txt.
+RunResult MeasureImport(const std::string& host, const std::string& data) {
+    return MeasureRun({host, "--data", data, "execute"}, data + "/bench-run.txt");
+}
+
+// Says that a run failed and where its output is; the bench's exit code.
+int ImportFailed(const RunResult& run, const std::string& data) {
+    std::cerr << fmt::format("the import ended with exit code {} (its output is in {}/bench-run.txt)\n",
+                             run.exitCode, data);
+    return 1;
+}
+
 // Runs the import `runs` times, each from the back office as `data` holds it before the first,
 // and keeps the fastest: the machine's other work only ever adds time, so the fastest run is the
 // one that shows what the import itself costs. The peak memory is the largest of all runs.
@@ -113,8 +125,7 @@ RunResult MeasureFastestRun(const Arguments& arguments, const std::string& data,
     long peakRss = 0;
     for (int run = 1; run <= runs; ++run) {
         if (run > 1) fresh.Restore();
-        RunResult result = MeasureRun({arguments.Required("--host-program"), "--data", data, "execute"},
-                                      data + "/bench-run.txt");
+        RunResult result = MeasureImport(arguments.Required("--host-program"), data);
         if (result.exitCode != 0) return result;
         std::cout << fmt::format("  run {} of {}: {:.1f} s, peak RSS {:.0f} MB\n", run, runs, result.wallSeconds,
                                  static_cast<double>(result.peakRssKilobytes) / 1024.0)
@@ -138,11 +149,7 @@ int Import(const Arguments& arguments) {
               << std::flush;
     std::vector<double> allSeconds;
     const RunResult run = MeasureFastestRun(arguments, data, runs, allSeconds);
-    if (run.exitCode != 0) {
-        std::cerr << fmt::format("the import ended with exit code {} (its output is in {}/bench-run.txt)\n",
-                                 run.exitCode, data);
-        return 1;
-    }
+    if (run.exitCode != 0) return ImportFailed(run, data);
 
     std::cout << fmt::format("factor {}: fetch floor\n", factor) << std::flush;
     FetchFloorOptions fetchOptions;
@@ -244,13 +251,9 @@ int Turns(const Arguments& arguments) {
         const Side& side = isSmall ? small : large;
         (isSmall ? freshSmall : freshLarge).Restore();
         const std::optional<double> serverBefore = serverPid ? ProcessCpuSeconds(*serverPid) : std::nullopt;
-        const RunResult result = MeasureRun({host, "--data", side.data, "execute"}, side.data + "/bench-run.txt");
+        const RunResult result = MeasureImport(host, side.data);
         const std::optional<double> serverAfter = serverPid ? ProcessCpuSeconds(*serverPid) : std::nullopt;
-        if (result.exitCode != 0) {
-            std::cerr << fmt::format("the import ended with exit code {} (its output is in {}/bench-run.txt)\n",
-                                     result.exitCode, side.data);
-            return 1;
-        }
+        if (result.exitCode != 0) return ImportFailed(result, side.data);
         const double server = serverBefore && serverAfter ? *serverAfter - *serverBefore : 0;
         const double rss = static_cast<double>(result.peakRssKilobytes) / 1024.0;
         // One line per run, once it has ended: the import's own warnings go to the same terminal.
