@@ -69,10 +69,11 @@ add_library(kitra_core STATIC ${core_sources} core/ComponentRegistryWindows.cpp)
 target_include_directories(kitra_core PUBLIC ${PROJECT_SOURCE_DIR})
 target_link_libraries(kitra_core PUBLIC fmt::fmt advapi32)
 
-# host/: the contracts, and where a module finds the host program's services.
-add_library(kitra_host STATIC host/HostServicesSlotWindows.cpp)
+# host/: the contracts, and creating the host's registered classes through the system's
+# component library.
+add_library(kitra_host STATIC host/CreateObjectWindows.cpp host/HostBusinessLayer.cpp)
 target_include_directories(kitra_host PUBLIC ${PROJECT_SOURCE_DIR})
-target_link_libraries(kitra_host PUBLIC kitra_core)
+target_link_libraries(kitra_host PUBLIC kitra_core ole32 oleaut32 uuid)
 
 # ado/ over the system's ODBC (odbc32). The driver name is registered by the system's ODBC
 # administrator, so there is no registration of the project's own.
@@ -108,7 +109,51 @@ target_compile_definitions(kitra_connector PUBLIC
 target_link_libraries(kitra_connector PUBLIC kitra_import kitra_log kitra_settings kitra_ado
                       kitra_host kitra_core fmt::fmt)
 
-# The component module: exactly the four entry points, under their plain names (the module
+# The contract as automation: widl compiles the IDL into the C++ declarations of IConnector and
+# the type library that is embedded in the module. Its imports (oaidl.idl, ocidl.idl) come with
+# Wine's development files, and stdole2.tlb, which the library imports, with Wine itself.
+find_program(KITRA_WIDL NAMES ${KITRA_WINDOWS_TRIPLET}-widl widl REQUIRED)
+find_path(KITRA_WINDOWS_IDL_DIR oaidl.idl PATHS /usr/include/wine/wine/windows /usr/include/wine/windows
+          NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+find_path(KITRA_STDOLE2_DIR stdole2.tlb
+          PATHS /usr/lib/x86_64-linux-gnu/wine/x86_64-windows /usr/lib/wine/x86_64-windows
+                /usr/lib/i386-linux-gnu/wine/i386-windows
+          NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+set(kitra_idl "${PROJECT_SOURCE_DIR}/connector/automation/POSConnectorKitra.idl")
+set(kitra_automation "${CMAKE_BINARY_DIR}/automation")
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+  set(kitra_widl_target --win64)
+else()
+  set(kitra_widl_target --win32)
+endif()
+add_custom_command(
+  OUTPUT "${kitra_automation}/POSConnectorKitra_h.h" "${kitra_automation}/POSConnectorKitra_i.c"
+         "${kitra_automation}/POSConnectorKitra.tlb"
+  COMMAND ${CMAKE_COMMAND} -E make_directory "${kitra_automation}"
+  COMMAND ${KITRA_WIDL} ${kitra_widl_target} -I "${KITRA_WINDOWS_IDL_DIR}" -L "${KITRA_STDOLE2_DIR}"
+          -h -H "${kitra_automation}/POSConnectorKitra_h.h"
+          -u -U "${kitra_automation}/POSConnectorKitra_i.c"
+          -t -T "${kitra_automation}/POSConnectorKitra.tlb" "${kitra_idl}"
+  DEPENDS "${kitra_idl}"
+  COMMENT "The connector's contract: IDL to header and type library")
+set(KITRA_TYPELIB "${kitra_automation}/POSConnectorKitra.tlb")
+configure_file(connector/automation/POSConnectorKitra.rc.in "${kitra_automation}/POSConnectorKitra.rc" @ONLY)
+set_source_files_properties("${kitra_automation}/POSConnectorKitra.rc" PROPERTIES
+  OBJECT_DEPENDS "${kitra_automation}/POSConnectorKitra.tlb")
+enable_language(RC)
+
+# The contract as a client compiles against it: the declarations and the interface's id.
+add_library(kitra_contract STATIC "${kitra_automation}/POSConnectorKitra_i.c"
+            "${kitra_automation}/POSConnectorKitra_h.h")
+target_include_directories(kitra_contract PUBLIC "${kitra_automation}")
+target_link_libraries(kitra_contract PUBLIC ole32 oleaut32 uuid)
+
+add_library(kitra_automation STATIC
+  connector/automation/AutomationConnector.cpp
+  connector/automation/DispatchEventNotifier.cpp)
+target_link_libraries(kitra_automation PUBLIC kitra_contract kitra_connector)
+
+# The component modules: exactly the four entry points, under their plain names (the module
 # definition file; on 32-bit Windows it maps each to its __stdcall decorated symbol).
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(KITRA_STDCALL_GETCLASSOBJECT " = DllGetClassObject@12")
@@ -116,11 +161,30 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(KITRA_STDCALL_REGISTERSERVER " = DllRegisterServer@0")
   set(KITRA_STDCALL_UNREGISTERSERVER " = DllUnregisterServer@0")
 endif()
-configure_file(connector/POSConnectorKitra.def.in "${CMAKE_BINARY_DIR}/POSConnectorKitra.def" @ONLY)
-add_library(POSConnectorKitra SHARED connector/Module.cpp "${CMAKE_BINARY_DIR}/POSConnectorKitra.def")
+foreach(kitra_module POSConnectorKitra KitraBackOffice)
+  set(KITRA_MODULE_NAME ${kitra_module})
+  configure_file(connector/ComponentModule.def.in "${CMAKE_BINARY_DIR}/${kitra_module}.def" @ONLY)
+endforeach()
+add_library(POSConnectorKitra SHARED connector/automation/AutomationModule.cpp
+            "${kitra_automation}/POSConnectorKitra.rc" "${CMAKE_BINARY_DIR}/POSConnectorKitra.def")
 set_target_properties(POSConnectorKitra PROPERTIES PREFIX "" OUTPUT_NAME POSConnectorKitra)
-target_link_libraries(POSConnectorKitra PRIVATE kitra_connector)
+target_link_libraries(POSConnectorKitra PRIVATE kitra_automation)
 target_link_options(POSConnectorKitra PRIVATE -Wl,--no-undefined)
+
+# The reference back office, as a module of its own: the host's business layer that the
+# connector creates by class (KitraBackOffice.BusinessLayer), registered by regsvr32. Its run
+# lock is the command-line program's, which is not built here; its private files are the
+# Windows ones (PrivateFilesWindows.cpp).
+kitra_windows_sources(backoffice_sources backoffice RunLock.cpp PrivateFiles.cpp)
+add_library(kitra_backoffice STATIC ${backoffice_sources} backoffice/PrivateFilesWindows.cpp)
+target_include_directories(kitra_backoffice PUBLIC ${PROJECT_SOURCE_DIR})
+target_link_libraries(kitra_backoffice PUBLIC kitra_host kitra_ado kitra_core SQLite::SQLite3
+                      fmt::fmt pugixml::pugixml)
+add_library(KitraBackOffice SHARED backoffice/component/BusinessLayerModule.cpp
+            backoffice/component/MachineSettingWindows.cpp "${CMAKE_BINARY_DIR}/KitraBackOffice.def")
+set_target_properties(KitraBackOffice PROPERTIES PREFIX "" OUTPUT_NAME KitraBackOffice)
+target_link_libraries(KitraBackOffice PRIVATE kitra_backoffice user32 advapi32)
+target_link_options(KitraBackOffice PRIVATE -Wl,--no-undefined)
 
 # What the tests need: the reference back office (over SQLite built for the target), the test
 # host program, and the unit tests that make sense on Windows.
@@ -128,14 +192,6 @@ option(KITRA_WINDOWS_TESTS "Build the Windows test host and unit tests" ON)
 if(NOT KITRA_WINDOWS_TESTS)
   return()
 endif()
-
-# Its run lock is the command-line program's, which is not built here; its private files are
-# the Windows ones (PrivateFilesWindows.cpp).
-kitra_windows_sources(backoffice_sources backoffice RunLock.cpp PrivateFiles.cpp)
-add_library(kitra_backoffice STATIC ${backoffice_sources} backoffice/PrivateFilesWindows.cpp)
-target_include_directories(kitra_backoffice PUBLIC ${PROJECT_SOURCE_DIR})
-target_link_libraries(kitra_backoffice PUBLIC kitra_host kitra_ado kitra_core SQLite::SQLite3
-                      fmt::fmt pugixml::pugixml)
 
 add_library(kitra_test_host STATIC tests/hostsupport/TestBackOffice.cpp)
 target_link_libraries(kitra_test_host PUBLIC kitra_backoffice kitra_host kitra_core)

@@ -4,6 +4,7 @@
 
 #include "connector/DialogsModule.h"
 #include "connector/Module.h"
+#include "connector/Platform.h"
 #include "core/Text.h"
 #include "import/KitraExecutioner.h"
 #include "log/DSOKitraLog.h"
@@ -15,6 +16,13 @@
 #endif
 
 namespace kitra::connector {
+namespace {
+
+// The host's business layer for one member call: created by its class, released when the
+// member returns.
+host::HostBusinessLayerCall Host() { return host::HostBusinessLayerCall(ModulePath()); }
+
+}  // namespace
 
 std::string FormatComponentVersion(int major, int minor, int revision) {
     return fmt::format("{}.{:02}.{:02}", major, minor, revision);
@@ -51,7 +59,8 @@ std::string KITRA_COM_CALL KitraConnector::Signature(const std::string& text) {
     // Trapped like every other public member: a host without a signature service, or one whose
     // service fails, gets an empty signature rather than an exception across the interface.
     try {
-        const host::ISignatureService* signature = host::CurrentHostServices().signature;
+        const auto host = Host();
+        const host::ISignatureService* signature = host.Services().signature;
         return signature != nullptr ? signature->Sign(text) : std::string();
     } catch (...) {
         return {};
@@ -66,7 +75,8 @@ std::string KITRA_COM_CALL KitraConnector::Version() {
 
 bool KITRA_COM_CALL KitraConnector::Config() {
     try {
-        const host::HostServices& services = host::CurrentHostServices();
+        const auto host = Host();
+        const host::HostServices& services = host.Services();
         if (!services.application->ExternalUnsignedSeriesActive()) {
             if (services.messageBoxes != nullptr) {
                 services.messageBoxes->Show(
@@ -94,7 +104,8 @@ void KITRA_COM_CALL KitraConnector::Dispose() { eventNotifier_.reset(); }
 
 void KITRA_COM_CALL KitraConnector::Execute() {
     try {
-        KitraExecutioner engine(host::CurrentHostServices());
+        const auto host = Host();
+        KitraExecutioner engine(host.Services());
         engine.SetEventNotifier(eventNotifier_);
         engine.StartImport();
     } catch (...) {
@@ -104,7 +115,8 @@ void KITRA_COM_CALL KitraConnector::Execute() {
 
 bool KITRA_COM_CALL KitraConnector::ValidateSettings() {
     try {
-        const host::HostServices& services = host::CurrentHostServices();
+        const auto host = Host();
+        const host::HostServices& services = host.Services();
         KitraConnectorSetting setting(*services.utility);
         if (!services.settingsStore->Load(setting)) return false;
         // The settings dialog's own validation, over the controls as the dialog would fill
@@ -135,7 +147,8 @@ bool KITRA_COM_CALL KitraConnector::HasUITrace() { return true; }
 
 bool KITRA_COM_CALL KitraConnector::LoadDefaults(const std::string& xml) {
     try {
-        const host::HostServices& services = host::CurrentHostServices();
+        const auto host = Host();
+        const host::HostServices& services = host.Services();
         KitraConnectorSetting setting(*services.utility);
         setting.FromXML(Trim(xml));
         services.settingsStore->Save(setting);
@@ -149,7 +162,8 @@ bool KITRA_COM_CALL KitraConnector::Save() { return false; }
 
 bool KITRA_COM_CALL KitraConnector::Delete() {
     try {
-        const host::HostServices& services = host::CurrentHostServices();
+        const auto host = Host();
+        const host::HostServices& services = host.Services();
         KitraConnectorSetting setting(*services.utility);
         services.settingsStore->Delete(setting);
         return true;
@@ -160,7 +174,8 @@ bool KITRA_COM_CALL KitraConnector::Delete() {
 
 void KITRA_COM_CALL KitraConnector::ShowTrace() {
     try {
-        ShowTraceDialog(host::CurrentHostServices());
+        const auto host = Host();
+        ShowTraceDialog(host.Services());
     } catch (...) {
         // Nothing to tell the host: the dialog could not even be asked for.
     }
@@ -170,7 +185,8 @@ std::string KITRA_COM_CALL KitraConnector::FunctionalLevel() { return "SQL09"; }
 
 void KITRA_COM_CALL KitraConnector::ResetData() {
     try {
-        DSOKitraLog(host::CurrentHostServices()).ResetLog();
+        const auto host = Host();
+        DSOKitraLog(host.Services()).ResetLog();
     } catch (...) {
         // Nothing to tell the host: the log table is left as it was.
     }

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "host/HostServices.h"
+#include "host/HostBusinessLayer.h"
 #include "host/IConnector.h"
 
 namespace kitra::connector {

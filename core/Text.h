@@ -13,6 +13,21 @@ std::string EncodeUtf8(std::u32string_view text);
 bool IsValidUtf8(std::string_view text);
 void AppendUtf8(std::string& out, char32_t codePoint);
 
+// UTF-16, the text of the Windows component platform (BSTR, wide strings), and back. An
+// invalid UTF-8 byte or a lone surrogate becomes U+FFFD.
+std::u16string Utf16FromUtf8(std::string_view text);
+std::string Utf8FromUtf16(std::u16string_view text);
+#if defined(_WIN32)
+// Windows' wide strings are UTF-16.
+inline std::wstring WideFromUtf8(std::string_view text) {
+    const std::u16string wide = Utf16FromUtf8(text);
+    return std::wstring(wide.begin(), wide.end());
+}
+inline std::string Utf8FromWide(std::wstring_view text) {
+    return Utf8FromUtf16(std::u16string(text.begin(), text.end()));
+}
+#endif
+
 // The Windows-1252 code (0..255) of a character, or -1 when Windows-1252 cannot represent it.
 int Windows1252Code(char32_t codePoint);
 

@@ -1,12 +1,6 @@
 #pragma once
-// The host's services as one set, and the process's current set. A component is created
-// through a class factory that takes no arguments, so the host installs its services before it
-// creates a component, and the component finds them here. This is the one piece of process-wide
-// state of the platform.
-//
-// The slot is the static of an inline function, so there is one per process as long as the
-// host program exports its symbols to the modules it loads (on Linux: link it with
-// -rdynamic / ENABLE_EXPORTS; on Windows: the program exports the slot by name, below).
+// The host's services as one set: what a component receives from the host's business layer
+// (host/IHostBusinessLayer.h) for the length of one call.
 #include "core/Error.h"
 #include "host/IAccountTransactionService.h"
 #include "host/IApplication.h"
@@ -78,34 +72,5 @@ struct HostServices {
     ITransactionService* transactions = nullptr;
     IAccountTransactionService* accountTransactions = nullptr;
 };
-
-namespace detail {
-#if defined(_WIN32)
-// A Windows module's statics are its own, whatever it links: the slot is the host program's,
-// which the program exports by name (host/HostServicesProgramSlot.cpp), and every module of the
-// process finds it there (host/HostServicesSlotWindows.cpp).
-const HostServices*& CurrentHostServicesSlot();
-#else
-inline const HostServices*& CurrentHostServicesSlot() {
-    static const HostServices* current = nullptr;
-    return current;
-}
-#endif
-}  // namespace detail
-
-// Makes `services` the process's current set (nullptr: none). The host calls it before it
-// creates a component and again with nullptr once the component is gone.
-inline void InstallHostServices(const HostServices* services) {
-    detail::CurrentHostServicesSlot() = services;
-}
-
-inline bool HostServicesInstalled() { return detail::CurrentHostServicesSlot() != nullptr; }
-
-// The current set; fails with an Error when the host installed none.
-inline const HostServices& CurrentHostServices() {
-    const HostServices* current = detail::CurrentHostServicesSlot();
-    if (current == nullptr) throw Error("Os serviços do anfitrião não estão instalados.");
-    return *current;
-}
 
 }  // namespace kitra::host

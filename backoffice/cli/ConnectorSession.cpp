@@ -28,28 +28,24 @@ ConnectorSession::ConnectorSession(CommandContext& context, const std::string& o
       services_(office_.Services(notifier_.get(),
                                  windowBoxes != nullptr ? windowBoxes : &boxes_)) {
     office_.settingsStore.SetOrigin(origin);
-    host::InstallHostServices(&services_);
     try {
-        try {
-            module_ = std::make_unique<ComponentModule>(ConnectorModulePath());
-            connector_ = module_->CreateConnector(ConnectorClassId());
-        } catch (const Error& error) {
-            if (error.Description().find("KITRA_COMPONENT_REGISTRY") != std::string::npos) throw;
-            throw Error(error.Description() + " " + ComponentHelp());
-        }
-        connector_->EventNotifier(notifier_);
-        connector_->Init();
-    } catch (...) {
-        host::InstallHostServices(nullptr);
-        throw;
+        modulePath_ = ConnectorModulePath();
+        attachment_ = std::make_unique<host::HostAttachment>(services_, modulePath_);
+        module_ = std::make_unique<ComponentModule>(modulePath_);
+        connector_ = module_->CreateConnector(ConnectorClassId());
+    } catch (const Error& error) {
+        if (error.Description().find("KITRA_COMPONENT_REGISTRY") != std::string::npos) throw;
+        throw Error(error.Description() + " " + ComponentHelp());
     }
+    connector_->EventNotifier(notifier_);
+    connector_->Init();
 }
 
 ConnectorSession::~ConnectorSession() {
     if (connector_) connector_->Dispose();
     connector_.Reset();
     module_.reset();
-    host::InstallHostServices(nullptr);
+    attachment_.reset();
 }
 
 }  // namespace kitra::backoffice::cli

@@ -1,6 +1,7 @@
 #pragma once
-// The back office opened, its services installed for the process, the component loaded and
-// one connector created through the class factory; all undone in reverse order. The commands
+// The back office opened and attached to the business layer's class (so that the connector,
+// which creates that class, is served this back office), the component loaded and one
+// connector created through the class factory; all undone in reverse order. The commands
 // that drive the connector work inside one.
 #include <memory>
 #include <string>
@@ -10,6 +11,7 @@
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/ComponentLoader.h"
 #include "backoffice/cli/TerminalNotifier.h"
+#include "host/HostBusinessLayer.h"
 #include "host/IConnector.h"
 
 namespace kitra::backoffice::cli {
@@ -49,6 +51,8 @@ private:
     std::shared_ptr<TerminalNotifier> notifier_;
     RoutedMessageBoxes boxes_;
     host::HostServices services_;
+    std::string modulePath_;
+    std::unique_ptr<host::HostAttachment> attachment_;
     std::unique_ptr<ComponentModule> module_;
     host::ComPtr<host::IConnector> connector_;
 };

@@ -89,6 +89,7 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(module.getClassObject && module.canUnloadNow && module.registerServer &&
                     module.unregisterServer);
+        office.AttachAsHost(KITRA_CONNECTOR_MODULE);
         connector = module.Create();
         ASSERT_TRUE(connector);
     }
@@ -154,11 +155,11 @@ TEST_F(ComponentTest, SignatureTrapsTheHostsFailures) {
     } failing;
     host::HostServices services = office.Services();
     services.signature = &failing;
-    host::InstallHostServices(&services);
+    office.AttachServices(services);
     EXPECT_EQ(connector->Signature("texto"), "");
     services.signature = nullptr;
     EXPECT_EQ(connector->Signature("texto"), "");
-    host::InstallHostServices(&office.Services());
+    office.AttachServices(office.Services());
 }
 
 TEST_F(ComponentTest, LoadDefaultsTrimsBlanksAndStores) {
@@ -258,6 +259,7 @@ TEST(ComponentWindowSystem, OnlyTheDialogsLoadIt) {
     EXPECT_EXIT(
         {
             testing::TestBackOffice office;
+            office.AttachAsHost(KITRA_CONNECTOR_MODULE);
             Module module;
             ComPtr<IConnector> connector = module.Create();
             connector->LoadDefaults(kSettings);
@@ -270,6 +272,7 @@ TEST(ComponentWindowSystem, OnlyTheDialogsLoadIt) {
     EXPECT_EXIT(
         {
             testing::TestBackOffice office;
+            office.AttachAsHost(KITRA_CONNECTOR_MODULE);
             WithoutScreen noScreen;
             Module module;
             ComPtr<IConnector> connector = module.Create();

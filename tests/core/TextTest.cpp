@@ -53,6 +53,23 @@ TEST(Utf8, ValidityOfWholeTexts) {
     EXPECT_EQ(DecodeUtf8("a\xC0\xAF" "b"), U"a\uFFFD\uFFFDb");
 }
 
+TEST(Utf16, AccentsAndCharactersBeyondTheBasicPlaneRoundTrip) {
+    const std::string text = "A importação chegou ao fim. € 𝄞";
+    const std::u16string wide = Utf16FromUtf8(text);
+    EXPECT_EQ(wide, u"A importação chegou ao fim. € 𝄞");
+    EXPECT_EQ(wide.size(), 32u);  // 𝄞 takes two units
+    EXPECT_EQ(Utf8FromUtf16(wide), text);
+    EXPECT_EQ(Utf8FromUtf16(u""), "");
+}
+
+TEST(Utf16, BrokenInputBecomesReplacementCharacters) {
+    EXPECT_EQ(Utf16FromUtf8("a\xFF" "b"), u"a\uFFFDb");
+    const char16_t loneHigh[] = {u'x', 0xD800, u'y'};
+    EXPECT_EQ(Utf8FromUtf16(std::u16string_view(loneHigh, 3)), "x\xEF\xBF\xBDy");
+    const char16_t loneLowAtEnd[] = {u'x', 0xDC00};
+    EXPECT_EQ(Utf8FromUtf16(std::u16string_view(loneLowAtEnd, 2)), "x\xEF\xBF\xBD");
+}
+
 TEST(Text, CaseInsensitiveKeys) {
     EXPECT_TRUE(EqualsNoCase("Centro", "CENTRO"));
     EXPECT_TRUE(EqualsNoCase("Conceição", "CONCEIÇÃO"));

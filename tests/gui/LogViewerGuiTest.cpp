@@ -79,6 +79,7 @@ class LogViewerGuiTest : public QObject {
 private slots:
     void init() {
         office = std::make_unique<TestBackOffice>();
+        office->AttachAsHost(KITRA_CONNECTOR_MODULE);
         QVERIFY(DSOKitraLog(Services()).CheckOrCreateKitraLogTable());
     }
     void cleanup() { office.reset(); }

@@ -219,7 +219,10 @@ class SettingsGuiTest : public QObject {
     }
 
 private slots:
-    void init() { office = std::make_unique<TestBackOffice>(); }
+    void init() {
+        office = std::make_unique<TestBackOffice>();
+        office->AttachAsHost(KITRA_CONNECTOR_MODULE);
+    }
     void cleanup() { office.reset(); }
 
     // frmAddRestaurant

@@ -9,12 +9,19 @@ TestBackOffice::TestBackOffice() {
     backoffice::BackOffice::Create(folder_.Path());
     office_ = std::make_unique<backoffice::BackOffice>(folder_.Path());
     services_ = office_->Services(notifier.get(), &boxes);
-    host::InstallHostServices(&services_);
 }
 
 TestBackOffice::~TestBackOffice() {
-    host::InstallHostServices(nullptr);
+    attachment_.reset();
     office_.reset();  // closed before its folder goes
+}
+
+void TestBackOffice::AttachAsHost(const std::string& componentModule) {
+    attachment_ = std::make_unique<host::HostAttachment>(services_, componentModule);
+}
+
+void TestBackOffice::AttachServices(const host::HostServices& services) {
+    attachment_->Attach(services);
 }
 
 std::vector<std::string> TestBackOffice::LogFiles() const {

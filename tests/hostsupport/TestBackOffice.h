@@ -1,7 +1,7 @@
 #pragma once
 // A real back office in a fresh temporary folder for one test, with a notifier and message
-// boxes that record what the engine tells the user, installed as the process's host services
-// for the test's lifetime.
+// boxes that record what the engine tells the user. Tests of the connector component attach it
+// to the business layer's class, as kitra-host does, so that the connector is served it.
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -9,6 +9,7 @@
 
 #include "backoffice/BackOffice.h"
 #include "backoffice/RecordingServices.h"
+#include "host/HostBusinessLayer.h"
 #include "host/HostServices.h"
 #include "tests/hostsupport/TempFolder.h"
 
@@ -31,6 +32,13 @@ public:
     std::shared_ptr<RecordingNotifier> notifier = std::make_shared<RecordingNotifier>();
     RecordingMessageBoxes boxes;
 
+    // Makes this back office the one the business layer's class serves in this process, until
+    // the back office goes. `componentModule`: the connector module the test loads (the class's
+    // module is looked for beside it, then the one built with the tests).
+    void AttachAsHost(const std::string& componentModule = {});
+    // Attaches another set of services (a test that swaps one service).
+    void AttachServices(const host::HostServices& services);
+
     // Files in the log folder.
     std::vector<std::string> LogFiles() const;
 
@@ -38,6 +46,7 @@ private:
     TempFolder folder_;
     std::unique_ptr<backoffice::BackOffice> office_;
     host::HostServices services_;
+    std::unique_ptr<host::HostAttachment> attachment_;
 };
 
 }  // namespace kitra::testing

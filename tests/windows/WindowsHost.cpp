@@ -1,8 +1,12 @@
-// A Windows host for the component, as a Windows host creates it: the reference back office
-// (over SQLite) provides the host services, and the connector is created through the system's
-// component library by its registered class (CoCreateInstance), never by linking it.
+// A Windows host for the component, as a Windows host creates and calls it: the reference
+// back office (over SQLite) is this program's own, attached to the business layer's class
+// (KitraBackOffice.BusinessLayer, registered by regsvr32) as kitra-host attaches its own; the
+// connector is created by its registered class (CoCreateInstance) and called through the
+// automation interface IConnector of its type library, early-bound, and once late-bound
+// through IDispatch; the event notifier it is given is an automation object called by name.
 //
-//   kitra-windows-host DATA identity       the identity constants and the module's life count
+//   kitra-windows-host DATA identity       the identity members, early- and late-bound, and the
+//                                          module's life count
 //   kitra-windows-host DATA load FILE      LoadDefaults with the file's text; prints what it stored
 //   kitra-windows-host DATA validate       ValidateSettings and the messages it showed
 //   kitra-windows-host DATA dialogs        Config and ShowTrace, which say there are no windows
@@ -14,6 +18,7 @@
 #include <fcntl.h>
 #include <io.h>
 #include <objbase.h>
+#include <oleauto.h>
 
 #include <cstdio>
 #include <fstream>
@@ -21,22 +26,20 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
+#include "POSConnectorKitra_h.h"
 #include "backoffice/BackOffice.h"
 #include "backoffice/RecordingServices.h"
 #include "backoffice/SettingsDocument.h"
 #include "connector/Module.h"
 #include "core/Error.h"
-#include "host/HostServices.h"
-#include "host/IConnector.h"
+#include "core/Text.h"
+#include "host/HostBusinessLayer.h"
 
 namespace {
 
 using namespace kitra;
-
-static_assert(sizeof(GUID) == sizeof(host::Guid));
-
-const GUID& SystemGuid(const host::Guid& guid) { return reinterpret_cast<const GUID&>(guid); }
 
 int failures = 0;
 
@@ -45,59 +48,214 @@ void Expect(bool held, const std::string& what) {
     if (!held) ++failures;
 }
 
-std::string YesNo(bool value) { return value ? "Verdadeiro" : "Falso"; }
+std::string YesNo(VARIANT_BOOL value) { return value != VARIANT_FALSE ? "Verdadeiro" : "Falso"; }
+
+std::string Code(HRESULT result) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08lX", static_cast<unsigned long>(result));
+    return text;
+}
+
+void Check(HRESULT result, const std::string& what) {
+    if (FAILED(result)) throw Error(what + " falhou (" + Code(result) + ")");
+}
+
+// A BSTR that frees itself.
+class Text {
+public:
+    Text() = default;
+    explicit Text(const std::string& utf8) {
+        const std::wstring wide = WideFromUtf8(utf8);
+        value_ = ::SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
+    }
+    ~Text() { ::SysFreeString(value_); }
+    Text(const Text&) = delete;
+    Text& operator=(const Text&) = delete;
+    BSTR* Out() {
+        ::SysFreeString(value_);
+        value_ = nullptr;
+        return &value_;
+    }
+    BSTR Get() const { return value_; }
+    std::string Utf8() const {
+        return value_ != nullptr ? Utf8FromWide(std::wstring_view(value_, ::SysStringLen(value_)))
+                                 : std::string();
+    }
+
+private:
+    BSTR value_ = nullptr;
+};
 
 void PrintBoxes(const backoffice::RecordingMessageBoxes& boxes) {
     for (const auto& box : boxes.shown) std::cout << "mensagem: " << box.text << "\n";
 }
 
-// The connector as the system's component library creates it; fails with an Error otherwise.
-host::ComPtr<host::IConnector> CreateConnector() {
-    host::ComPtr<host::IConnector> connector;
-    const HRESULT result = ::CoCreateInstance(SystemGuid(connector::kCLSID_KitraConnector),
-                                              nullptr, CLSCTX_INPROC_SERVER,
-                                              SystemGuid(host::kIID_IConnector), connector.Out());
-    if (FAILED(result)) {
-        char text[160];
-        std::snprintf(text, sizeof text,
-                      "CoCreateInstance da classe registada falhou (0x%08lX); registe o módulo "
-                      "com regsvr32",
-                      static_cast<unsigned long>(result));
-        throw Error(text);
+// The host's event notifier as an automation object: NotifyProgress and NotifyStatus are
+// found by name and called through Invoke, as the connector calls any host's notifier.
+class DispatchNotifier final : public IDispatch {
+public:
+    enum : DISPID { kProgress = 1, kStatus = 2 };
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        if (object == nullptr) return E_POINTER;
+        if (IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch)) {
+            *object = static_cast<IDispatch*>(this);
+            AddRef();
+            return S_OK;
+        }
+        *object = nullptr;
+        return E_NOINTERFACE;
     }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references; }  // lives on the stack
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+        *count = 0;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
+                                            DISPID* ids) override {
+        HRESULT result = S_OK;
+        for (UINT i = 0; i < count; ++i) {
+            const std::string name = Utf8FromWide(names[i]);
+            ids[i] = EqualsNoCase(name, "NotifyProgress") ? kProgress
+                     : EqualsNoCase(name, "NotifyStatus") ? kStatus
+                                                          : DISPID_UNKNOWN;
+            if (ids[i] == DISPID_UNKNOWN) result = DISP_E_UNKNOWNNAME;
+        }
+        return result;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
+                                     VARIANT*, EXCEPINFO*, UINT*) override {
+        if ((flags & DISPATCH_METHOD) == 0) return DISP_E_MEMBERNOTFOUND;
+        const auto text = [&](UINT at) {
+            const VARIANT& v = parameters->rgvarg[at];
+            return v.vt == VT_BSTR ? Utf8FromWide(std::wstring_view(v.bstrVal, ::SysStringLen(v.bstrVal)))
+                                   : std::string("<não é texto>");
+        };
+        if (member == kStatus && parameters->cArgs == 1) {
+            statuses.push_back(text(0));
+            return S_OK;
+        }
+        if (member == kProgress && parameters->cArgs == 3) {
+            // Last argument first: text, total, position.
+            if (parameters->rgvarg[1].vt != VT_I4 || parameters->rgvarg[2].vt != VT_I4) {
+                return DISP_E_TYPEMISMATCH;
+            }
+            ++progressCalls;
+            return S_OK;
+        }
+        return DISP_E_BADPARAMCOUNT;
+    }
+
+    ULONG references = 1;
+    std::vector<std::string> statuses;
+    long progressCalls = 0;
+};
+
+// The connector as the system's component library creates it, by its registered class.
+IConnector* CreateConnector() {
+    CLSID clsid{};
+    Check(::CLSIDFromProgID(L"POSConnectorKitra.KitraConnector", &clsid),
+          "CLSIDFromProgID(POSConnectorKitra.KitraConnector): registe o módulo com regsvr32;");
+    IConnector* connector = nullptr;
+    Check(::CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IConnector,
+                             reinterpret_cast<void**>(&connector)),
+          "CoCreateInstance da classe registada");
     return connector;
 }
 
+// Holds one reference to the connector.
+struct Connector {
+    Connector() : p(CreateConnector()) {}
+    ~Connector() { p->Release(); }
+    Connector(const Connector&) = delete;
+    Connector& operator=(const Connector&) = delete;
+    IConnector* operator->() const { return p; }
+    IConnector* p;
+};
+
 // What the module says when asked whether it may be unloaded: S_OK or S_FALSE.
-host::HResult CanUnloadNow() {
+HRESULT CanUnloadNow() {
     HMODULE module = ::GetModuleHandleW(L"POSConnectorKitra.dll");
-    if (module == nullptr) return host::kFail;
+    if (module == nullptr) return E_FAIL;
+    using CanUnloadNowFn = HRESULT(STDAPICALLTYPE*)();
     void* entry = reinterpret_cast<void*>(::GetProcAddress(module, "DllCanUnloadNow"));
-    return entry != nullptr ? reinterpret_cast<host::DllCanUnloadNowFn>(entry)() : host::kFail;
+    return entry != nullptr ? reinterpret_cast<CanUnloadNowFn>(entry)() : E_FAIL;
+}
+
+// A property read late-bound: the name looked up, then Invoke, as a script engine does.
+std::string LateBoundText(IDispatch* object, const wchar_t* name) {
+    DISPID id = DISPID_UNKNOWN;
+    LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
+    Check(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id), "GetIDsOfNames");
+    DISPPARAMS none{nullptr, nullptr, 0, 0};
+    VARIANT result;
+    ::VariantInit(&result);
+    Check(object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &result,
+                         nullptr, nullptr),
+          "Invoke");
+    std::string text = result.vt == VT_BSTR
+                           ? Utf8FromWide(std::wstring_view(result.bstrVal, ::SysStringLen(result.bstrVal)))
+                           : "<não é texto>";
+    ::VariantClear(&result);
+    return text;
 }
 
 int Identity() {
     {
-        host::ComPtr<host::IConnector> connector = CreateConnector();
-        Expect(connector->ConnectorID() == "Quarn.Mercatill.Connector.Kitra",
-               "ConnectorID = " + connector->ConnectorID());
-        Expect(connector->Description() == "Integrador KitranaII",
-               "Description = " + connector->Description());
-        Expect(connector->Version() == "1.00.00", "Version = " + connector->Version());
-        Expect(connector->FunctionalLevel() == "SQL09",
-               "FunctionalLevel = " + connector->FunctionalLevel());
-        Expect(connector->HasUISetting() && connector->HasUITrace(), "HasUISetting e HasUITrace");
-        Expect(connector->Init(), "Init devolve Verdadeiro");
-        Expect(!connector->Save() && !connector->HandleImportExport() &&
-                   !connector->HandleReExport(),
+        Connector connector;
+        Text text;
+        VARIANT_BOOL answer = VARIANT_FALSE;
+        Check(connector->get_ConnectorID(text.Out()), "ConnectorID");
+        Expect(text.Utf8() == "Quarn.Mercatill.Connector.Kitra", "ConnectorID = " + text.Utf8());
+        Check(connector->get_Description(text.Out()), "Description");
+        Expect(text.Utf8() == "Integrador KitranaII", "Description = " + text.Utf8());
+        Check(connector->get_Version(text.Out()), "Version");
+        Expect(text.Utf8() == "1.00.00", "Version = " + text.Utf8());
+        Check(connector->get_FunctionalLevel(text.Out()), "FunctionalLevel");
+        Expect(text.Utf8() == "SQL09", "FunctionalLevel = " + text.Utf8());
+        VARIANT_BOOL trace = VARIANT_FALSE;
+        Check(connector->get_HasUISetting(&answer), "HasUISetting");
+        Check(connector->get_HasUITrace(&trace), "HasUITrace");
+        Expect(answer == VARIANT_TRUE && trace == VARIANT_TRUE, "HasUISetting e HasUITrace");
+        Check(connector->Init(&answer), "Init");
+        Expect(answer == VARIANT_TRUE, "Init devolve Verdadeiro");
+        VARIANT_BOOL save = VARIANT_TRUE, importExport = VARIANT_TRUE, reExport = VARIANT_TRUE;
+        Check(connector->Save(&save), "Save");
+        Check(connector->HandleImportExport(&importExport), "HandleImportExport");
+        Check(connector->HandleReExport(&reExport), "HandleReExport");
+        Expect(save == VARIANT_FALSE && importExport == VARIANT_FALSE && reExport == VARIANT_FALSE,
                "Save, HandleImportExport e HandleReExport devolvem Falso");
-        host::ComPtr<host::IUnknown> unknown;
-        Expect(connector->QueryInterface(host::kIID_IUnknown, unknown.Out()) == host::kOk &&
-                   unknown.Get() == static_cast<host::IUnknown*>(connector.Get()),
+        VARIANT a, b, c, d;
+        ::VariantInit(&a);
+        ::VariantInit(&b);
+        ::VariantInit(&d);
+        c.vt = VT_I4;
+        c.lVal = 7;
+        Expect(SUCCEEDED(connector->ImportData()) && SUCCEEDED(connector->ExportData()) &&
+                   SUCCEEDED(connector->ReExport(a, b, c, d)),
+               "ImportData, ExportData e ReExport nada fazem");
+        IUnknown* unknown = nullptr;
+        Expect(connector->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&unknown)) == S_OK &&
+                   unknown == static_cast<IUnknown*>(connector.p),
                "QueryInterface(IUnknown) devolve o mesmo objecto");
-        Expect(CanUnloadNow() == host::kFalse, "DllCanUnloadNow = S_FALSE com o objecto vivo");
+        if (unknown != nullptr) unknown->Release();
+        IDispatch* dispatch = nullptr;
+        Check(connector->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&dispatch)),
+              "QueryInterface(IDispatch)");
+        Expect(LateBoundText(dispatch, L"ConnectorID") == "Quarn.Mercatill.Connector.Kitra",
+               "ConnectorID por nome (IDispatch)");
+        UINT count = 0;
+        ITypeInfo* info = nullptr;
+        Expect(dispatch->GetTypeInfoCount(&count) == S_OK && count == 1 &&
+                   dispatch->GetTypeInfo(0, 0, &info) == S_OK && info != nullptr,
+               "o objecto dá a descrição da sua interface");
+        if (info != nullptr) info->Release();
+        dispatch->Release();
+        Expect(CanUnloadNow() == S_FALSE, "DllCanUnloadNow = S_FALSE com o objecto vivo");
     }
-    Expect(CanUnloadNow() == host::kOk, "DllCanUnloadNow = S_OK sem objectos vivos");
+    Expect(CanUnloadNow() == S_OK, "DllCanUnloadNow = S_OK sem objectos vivos");
     return failures == 0 ? 0 : 1;
 }
 
@@ -106,11 +264,15 @@ int Load(backoffice::BackOffice& office, const std::string& file) {
     if (!in) throw Error("Não foi possível ler '" + file + "'");
     std::ostringstream text;
     text << in.rdbuf();
-    Expect(CreateConnector()->LoadDefaults(text.str()), "LoadDefaults devolve Verdadeiro");
-    const auto stored =
+    Connector connector;
+    VARIANT_BOOL stored = VARIANT_FALSE;
+    Text xml(text.str());
+    Check(connector->LoadDefaults(xml.Get(), &stored), "LoadDefaults");
+    Expect(stored == VARIANT_TRUE, "LoadDefaults devolve Verdadeiro");
+    const auto kept =
         office.settingsStore.StoredText(backoffice::kSettingsKey1, backoffice::kSettingsKey2);
-    Expect(stored.has_value(), "as configurações ficaram guardadas");
-    if (stored) std::cout << "guardado: " << *stored << "\n";
+    Expect(kept.has_value(), "as configurações ficaram guardadas");
+    if (kept) std::cout << "guardado: " << *kept << "\n";
     return failures == 0 ? 0 : 1;
 }
 
@@ -138,38 +300,46 @@ int main(int argc, char** argv) {
         auto notifier = std::make_shared<backoffice::RecordingEventNotifier>();
         backoffice::RecordingMessageBoxes boxes;
         const host::HostServices services = office.Services(notifier.get(), &boxes);
-        host::InstallHostServices(&services);
+        const host::HostAttachment attachment(services, "");
         if (command == "identity") {
             status = Identity();
         } else if (command == "load" && argc == 4) {
             status = Load(office, argv[3]);
         } else if (command == "validate") {
-            std::cout << "ValidateSettings = " << YesNo(CreateConnector()->ValidateSettings())
-                      << "\n";
+            VARIANT_BOOL valid = VARIANT_FALSE;
+            Check(Connector()->ValidateSettings(&valid), "ValidateSettings");
+            std::cout << "ValidateSettings = " << YesNo(valid) << "\n";
             PrintBoxes(boxes);
         } else if (command == "dialogs") {
-            host::ComPtr<host::IConnector> connector = CreateConnector();
-            Expect(!connector->Config(), "Config devolve Falso");
-            connector->ShowTrace();
+            Connector connector;
+            VARIANT_BOOL accepted = VARIANT_TRUE;
+            Check(connector->Config(&accepted), "Config");
+            Expect(accepted == VARIANT_FALSE, "Config devolve Falso");
+            Check(connector->ShowTrace(), "ShowTrace");
             PrintBoxes(boxes);
             Expect(boxes.shown.size() == 2, "Config e ShowTrace dizem que não há janelas");
             status = failures == 0 ? 0 : 1;
         } else if (command == "execute") {
-            host::ComPtr<host::IConnector> connector = CreateConnector();
-            connector->EventNotifier(notifier);
-            connector->Execute();
-            connector->Dispose();
-            for (const std::string& text : notifier->statuses) {
+            DispatchNotifier dispatchNotifier;
+            {
+                Connector connector;
+                Check(connector->put_EventNotifier(&dispatchNotifier), "EventNotifier");
+                Check(connector->Execute(), "Execute");
+                Check(connector->Dispose(), "Dispose");
+            }
+            for (const std::string& text : dispatchNotifier.statuses) {
                 std::cout << "estado: " << text << "\n";
             }
             PrintBoxes(boxes);
+            Expect(dispatchNotifier.progressCalls > 0, "o notificador recebeu o progresso");
+            Expect(dispatchNotifier.references == 1, "o conector largou o notificador");
+            status = failures == 0 ? 0 : 1;
         } else if (command == "reset") {
-            CreateConnector()->ResetData();
+            Check(Connector()->ResetData(), "ResetData");
         } else {
             std::cerr << "kitra-windows-host: comando desconhecido: " << command << "\n";
             status = 2;
         }
-        host::InstallHostServices(nullptr);
     } catch (const Error& error) {
         std::cerr << "kitra-windows-host: " << error.Description() << "\n";
         status = 1;
