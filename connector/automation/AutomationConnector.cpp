@@ -47,7 +47,7 @@ kitra::Variant FromAutomation(const VARIANT& value) {
         case VT_NULL: return kitra::Variant::Null();
         case VT_BSTR: return kitra::Variant(Utf8FromBstr(value.bstrVal));
         default:
-            if (SUCCEEDED(::VariantChangeType(&plain, &value, 0, VT_R8))) {
+            if (SUCCEEDED(::VariantChangeType(&plain, const_cast<VARIANT*>(&value), 0, VT_R8))) {
                 return kitra::Variant(plain.dblVal);
             }
             return kitra::Variant();

@@ -118,9 +118,9 @@ public:
         HRESULT result = S_OK;
         for (UINT i = 0; i < count; ++i) {
             const std::string name = Utf8FromWide(names[i]);
-            ids[i] = EqualsNoCase(name, "NotifyProgress") ? kProgress
-                     : EqualsNoCase(name, "NotifyStatus") ? kStatus
-                                                          : DISPID_UNKNOWN;
+            ids[i] = DISPID_UNKNOWN;
+            if (EqualsNoCase(name, "NotifyProgress")) ids[i] = kProgress;
+            if (EqualsNoCase(name, "NotifyStatus")) ids[i] = kStatus;
             if (ids[i] == DISPID_UNKNOWN) result = DISP_E_UNKNOWNNAME;
         }
         return result;
