@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "backoffice/PrivateFiles.h"
+#include "core/Paths.h"
 #include "host/IDocumentSeriesService.h"
 
 namespace kitra::backoffice {

@@ -5,6 +5,7 @@
 
 #include "backoffice/PrivateFiles.h"
 #include "core/DateTime.h"
+#include "core/Paths.h"
 
 namespace kitra::backoffice {
 namespace {
@@ -80,13 +81,13 @@ void HostConnection::KeepIfLogRow(const host::SqlStatement& statement, const std
     }
     try {
         const std::filesystem::path file =
-            std::filesystem::path(application_.LogFolder()) /
-            (FileNamePart(row.restaurant) + FormatDatePattern(moment, "yyyymmdd_hhnnss") +
-             kUnsavedLogSuffix);
+            PathFromUtf8(application_.LogFolder()) /
+            PathFromUtf8(FileNamePart(row.restaurant) + FormatDatePattern(moment, "yyyymmdd_hhnnss") +
+                         kUnsavedLogSuffix);
         std::ofstream out(file, std::ios::binary | std::ios::trunc);
         out << contents;
         out.close();
-        if (!out) throw Error("Não foi possível escrever o ficheiro '" + file.string() + "'.");
+        if (!out) throw Error("Não foi possível escrever o ficheiro '" + Utf8FromPath(file) + "'.");
         MakePrivateFile(file);
         row.file = file.string();
     } catch (const std::exception& error) {

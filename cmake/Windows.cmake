@@ -22,9 +22,34 @@ foreach(source KITRA_PUGIXML_SOURCE KITRA_SQLITE_SOURCE)
   endif()
 endforeach()
 
-# Everything is linked statically (the C and C++ runtimes, the threads library), so that the
-# module is the one file a Windows host needs beside the system's own DLLs.
-add_link_options(-static -static-libgcc -static-libstdc++)
+# The C++ runtime is linked into each module. On 64-bit Windows everything is static, so that a
+# module is the one file a host needs beside the system's own DLLs: exceptions unwind through the
+# system's own tables, across modules. On 32-bit Windows GCC unwinds with DWARF tables that each
+# copy of its unwinder registers for its own module only, so an exception thrown in the back
+# office's module (a failed save, say) could never reach the connector's handler in another
+# module: both modules, and the programs that load them, share the unwinder's DLL
+# (libgcc_s_dw2-1.dll, with the threads library it needs), which is installed beside them.
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+  add_link_options(-static -static-libgcc -static-libstdc++)
+else()
+  add_link_options(-static-libstdc++ -shared-libgcc)
+  set(KITRA_WINDOWS_RUNTIME_DLLS "")
+  foreach(runtime libgcc_s_dw2-1.dll libwinpthread-1.dll)
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${runtime}
+                    OUTPUT_VARIABLE runtime_path OUTPUT_STRIP_TRAILING_WHITESPACE)
+    if(NOT IS_ABSOLUTE "${runtime_path}" OR NOT EXISTS "${runtime_path}")
+      find_file(runtime_path_found ${runtime} PATHS /usr/${KITRA_WINDOWS_TRIPLET}/lib
+                /usr/lib/gcc/${KITRA_WINDOWS_TRIPLET} PATH_SUFFIXES 12-posix 13-posix 14-posix
+                NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+      set(runtime_path "${runtime_path_found}")
+      unset(runtime_path_found CACHE)
+    endif()
+    list(APPEND KITRA_WINDOWS_RUNTIME_DLLS "${runtime_path}")
+  endforeach()
+  # Beside the modules, and beside the test programs.
+  file(COPY ${KITRA_WINDOWS_RUNTIME_DLLS} DESTINATION "${CMAKE_BINARY_DIR}")
+  file(COPY ${KITRA_WINDOWS_RUNTIME_DLLS} DESTINATION "${CMAKE_BINARY_DIR}/tests/windows")
+endif()
 # Windows Vista and later: the registry's RegGetValue and RegDeleteTree.
 add_compile_definitions(_WIN32_WINNT=0x0601 WINVER=0x0601 NOMINMAX WIN32_LEAN_AND_MEAN)
 

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "core/Paths.h"
 #include "import/Importers.h"
 #include "import/LogFileName.h"
 
@@ -140,11 +141,11 @@ void KitraExecutioner::ImportRestaurant(Restaurant& restaurant, bool& entityFail
 
     const std::string path = LogFilePath();
     std::error_code ec;
-    if (fs::exists(path, ec)) {
-        std::ifstream in(path, std::ios::binary);
+    if (fs::exists(PathFromUtf8(path), ec)) {
+        std::ifstream in(PathFromUtf8(path), std::ios::binary);
         logContents_.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
         in.close();
-        fs::remove(path, ec);
+        fs::remove(PathFromUtf8(path), ec);
     } else {
         logContents_ = "Erro na leitura do ficheiro de log '" + path + "'";
     }
@@ -181,14 +182,14 @@ void KitraExecutioner::ReportSummary(const Restaurant& restaurant) {
 
 std::string KitraExecutioner::LogFilePath() const {
     if (logFileName_.empty()) return {};
-    return (fs::path(services_.application->LogFolder()) / logFileName_).string();
+    return Utf8FromPath(PathFromUtf8(services_.application->LogFolder()) / PathFromUtf8(logFileName_));
 }
 
 void KitraExecutioner::WriteLog(const std::string& section, const std::string& text) {
     const std::string path = LogFilePath();
     if (path.empty()) throw Error("Não há ficheiro de log aberto.");
     // Opened and closed for every line, so a failure leaves every earlier line on disk.
-    std::ofstream out(path, std::ios::binary | std::ios::app);
+    std::ofstream out(PathFromUtf8(path), std::ios::binary | std::ios::app);
     if (!out) throw Error("Não foi possível escrever no ficheiro de log '" + path + "'");
     out << section << " - " << text << "\r\n";
     out.close();

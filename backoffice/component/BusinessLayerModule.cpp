@@ -13,6 +13,7 @@
 #include "core/ComponentRegistry.h"
 #include "core/Error.h"
 #include "core/ModulePath.h"
+#include "core/Paths.h"
 #include "host/IHostBusinessLayer.h"
 
 #if defined(_WIN32)
@@ -90,7 +91,8 @@ public:
                                 DataFolderSettingName() + " não indica a pasta de nenhum.");
                 }
                 if (!process.boxes) process.boxes = ProcessMessageBoxes();
-                process.own = std::make_unique<BackOffice>(folder);
+                process.own = std::make_unique<BackOffice>(PathFromUtf8(folder));
+                process.own->settingsStore.SetOrigin(ProcessProgramName());
                 process.ownServices = process.own->Services(nullptr, process.boxes.get());
             }
             *services = &process.ownServices;

@@ -1,5 +1,6 @@
 #include "backoffice/component/MachineSetting.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <iostream>
 
@@ -13,6 +14,8 @@ std::string DataFolderSetting() {
     const char* folder = std::getenv("KITRA_HOST_DATA");
     return folder != nullptr ? folder : "";
 }
+
+std::string ProcessProgramName() { return program_invocation_short_name; }
 
 std::unique_ptr<host::IMessageBoxService> ProcessMessageBoxes() {
     return std::make_unique<ConsoleMessageBoxes>(nullptr, std::cout);

@@ -17,6 +17,10 @@ std::string DataFolderSettingName();
 //   elsewhere: $KITRA_HOST_DATA, as for kitra-host.
 std::string DataFolderSetting();
 
+// The name of the process's program ("cscript.exe"): what the settings' history says saved the
+// settings when the machine's back office serves the process.
+std::string ProcessProgramName();
+
 // The message boxes of a process that attached no back office of its own: printed on the
 // process's standard output when it has one (a console program, a script host), else shown
 // as the system's own message boxes (Windows).

@@ -16,8 +16,7 @@ constexpr const wchar_t* kSettingKey = L"Software\\Kitra\\BackOffice";
 std::optional<std::string> ReadSetting(HKEY root) {
     wchar_t value[4096];
     DWORD size = sizeof value;
-    if (::RegGetValueW(root, kSettingKey, L"DataFolder", RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ,
-                       nullptr, value, &size) != ERROR_SUCCESS) {
+    if (::RegGetValueW(root, kSettingKey, L"DataFolder", RRF_RT_REG_SZ, nullptr, value, &size) != ERROR_SUCCESS) {
         return std::nullopt;
     }
     return Utf8FromWide(value);
@@ -46,13 +45,21 @@ public:
 }  // namespace
 
 std::string DataFolderSettingName() {
-    return "o valor DataFolder da chave HKEY_CURRENT_USER ou HKEY_LOCAL_MACHINE "
-           "\\Software\\Kitra\\BackOffice";
+    return "o valor DataFolder de HKEY_CURRENT_USER\\Software\\Kitra\\BackOffice (ou de "
+           "HKEY_LOCAL_MACHINE\\Software\\Kitra\\BackOffice)";
 }
 
 std::string DataFolderSetting() {
     if (auto folder = ReadSetting(HKEY_CURRENT_USER)) return *folder;
     return ReadSetting(HKEY_LOCAL_MACHINE).value_or("");
+}
+
+std::string ProcessProgramName() {
+    wchar_t path[MAX_PATH] = {};
+    const DWORD length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
+    const std::wstring_view whole(path, length);
+    const auto slash = whole.find_last_of(L"\\/");
+    return Utf8FromWide(slash == std::wstring_view::npos ? whole : whole.substr(slash + 1));
 }
 
 std::unique_ptr<host::IMessageBoxService> ProcessMessageBoxes() {

@@ -3,12 +3,25 @@
 #include "connector/automation/Bstr.h"
 
 namespace kitra::connector::automation {
+namespace {
+
+// {A6EF9860-C720-11D0-9337-00A0C90DCAA9}, which not every import library of the system carries.
+constexpr IID kIID_IDispatchEx{0xA6EF9860, 0xC720, 0x11D0,
+                               {0x93, 0x37, 0x00, 0xA0, 0xC9, 0x0D, 0xCA, 0xA9}};
+
+}  // namespace
 
 DispatchEventNotifier::DispatchEventNotifier(IDispatch* notifier) : notifier_(notifier) {
     notifier_->AddRef();
+    if (FAILED(notifier_->QueryInterface(kIID_IDispatchEx, reinterpret_cast<void**>(&extended_)))) {
+        extended_ = nullptr;
+    }
 }
 
-DispatchEventNotifier::~DispatchEventNotifier() { notifier_->Release(); }
+DispatchEventNotifier::~DispatchEventNotifier() {
+    if (extended_ != nullptr) extended_->Release();
+    notifier_->Release();
+}
 
 DISPID DispatchEventNotifier::Member(const wchar_t* name, DISPID& cached, bool& looked) {
     if (!looked) {
@@ -16,6 +29,12 @@ DISPID DispatchEventNotifier::Member(const wchar_t* name, DISPID& cached, bool& 
         LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
         if (FAILED(notifier_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &cached))) {
             cached = DISPID_UNKNOWN;
+            BSTR text = ::SysAllocString(name);
+            if (extended_ == nullptr || text == nullptr ||
+                FAILED(extended_->GetDispID(text, fdexNameCaseInsensitive, &cached))) {
+                cached = DISPID_UNKNOWN;
+            }
+            ::SysFreeString(text);
         }
     }
     return cached;
@@ -28,8 +47,12 @@ void DispatchEventNotifier::Call(DISPID member, VARIANT* arguments, UINT count) 
     VARIANT result;
     ::VariantInit(&result);
     UINT wrongArgument = 0;
-    const HRESULT outcome = notifier_->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
-                                              &parameters, &result, &exception, &wrongArgument);
+    const HRESULT outcome =
+        extended_ != nullptr
+            ? extended_->InvokeEx(member, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, &result,
+                                  &exception, nullptr)
+            : notifier_->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                                &result, &exception, &wrongArgument);
     ::VariantClear(&result);
     if (outcome == DISP_E_EXCEPTION) {
         ::SysFreeString(exception.bstrSource);

@@ -3,9 +3,11 @@
 // NotifyProgress(position, total, text) and NotifyStatus(text), called late-bound by name (a
 // script class with these two subs is one). The import engine sees a plain IEventNotifier.
 // A member the object lacks, or a call that fails, is passed over: the notifier only reports,
-// and a run never ends because of it.
+// and a run never ends because of it. Objects that name their members only through IDispatchEx
+// (some script engines' class instances) are asked there.
 #include <windows.h>
 
+#include <dispex.h>
 #include <oaidl.h>
 
 #include "host/IEventNotifier.h"
@@ -28,6 +30,7 @@ private:
     void Call(DISPID member, VARIANT* arguments, UINT count);
 
     IDispatch* notifier_;
+    IDispatchEx* extended_ = nullptr;  // when the object has it
     DISPID progress_ = DISPID_UNKNOWN;
     DISPID status_ = DISPID_UNKNOWN;
     bool progressLooked_ = false;

@@ -1,13 +1,22 @@
 ' The connector driven by an automation client that is not ours: the system's own script host
 ' creates it by its programmatic id and calls every member late-bound, by name, as a host of
 ' the Windows desktop world does. The back office it imports into is the one the machine's
-' setting names (the back office module, by class). Prints one line per fact; the test suite
-' compares them.
-'   cscript //nologo connector-client.vbs run SETTINGS   identity, LoadDefaults (the file is
-'                                                        UTF-16), ValidateSettings, a script
+' setting names (the back office module, by class). Writes one line per fact to REPORT, a
+' UTF-16 text (the script host's own output has no accents), ending with "fim" (the script host
+' ends a failing script silently, so a report without it did not run to its end).
+'   cscript //nologo connector-client.vbs run REPORT SETTINGS   identity, LoadDefaults (SETTINGS
+'                                                        is UTF-16), ValidateSettings, a script
 '                                                        notifier, Execute
-'   cscript //nologo connector-client.vbs reset          ResetData, Delete
+'   cscript //nologo connector-client.vbs reset REPORT   ResetData, Delete
 Option Explicit
+
+Dim files, report
+Set files = CreateObject("Scripting.FileSystemObject")
+Set report = files.CreateTextFile(WScript.Arguments(1), True, True)
+
+Sub Tell(line)
+    report.WriteLine line
+End Sub
 
 Class Notifier
     Public ProgressCalls
@@ -24,7 +33,7 @@ Class Notifier
     End Sub
 
     Public Sub NotifyStatus(text)
-        WScript.Echo "estado: " & text
+        Tell "estado: " & text
     End Sub
 End Class
 
@@ -33,8 +42,7 @@ Function YesNo(value)
 End Function
 
 Function ReadUnicode(path)
-    Dim files, stream
-    Set files = CreateObject("Scripting.FileSystemObject")
+    Dim stream
     Set stream = files.OpenTextFile(path, 1, False, -1)
     ReadUnicode = stream.ReadAll()
     stream.Close
@@ -45,36 +53,39 @@ phase = WScript.Arguments(0)
 Set connector = CreateObject("POSConnectorKitra.KitraConnector")
 
 If phase = "run" Then
-    WScript.Echo "ConnectorID: " & connector.ConnectorID
-    WScript.Echo "Description: " & connector.Description
-    WScript.Echo "Version: " & connector.Version
-    WScript.Echo "FunctionalLevel: " & connector.FunctionalLevel
-    WScript.Echo "HasUISetting: " & YesNo(connector.HasUISetting)
-    WScript.Echo "HasUITrace: " & YesNo(connector.HasUITrace)
-    WScript.Echo "Init: " & YesNo(connector.Init())
-    WScript.Echo "Save: " & YesNo(connector.Save())
-    WScript.Echo "HandleImportExport: " & YesNo(connector.HandleImportExport())
-    WScript.Echo "HandleReExport: " & YesNo(connector.HandleReExport())
+    Tell "ConnectorID: " & connector.ConnectorID
+    Tell "Description: " & connector.Description
+    Tell "Version: " & connector.Version
+    Tell "FunctionalLevel: " & connector.FunctionalLevel
+    Tell "HasUISetting: " & YesNo(connector.HasUISetting)
+    Tell "HasUITrace: " & YesNo(connector.HasUITrace)
+    Tell "Init: " & YesNo(connector.Init())
+    Tell "Save: " & YesNo(connector.Save())
+    Tell "HandleImportExport: " & YesNo(connector.HandleImportExport())
+    Tell "HandleReExport: " & YesNo(connector.HandleReExport())
     connector.ImportData
     connector.ExportData
     connector.ReExport 1, "x", Null, Empty
     Dim signature
     signature = connector.Signature("texto")
-    WScript.Echo "Signature: " & YesNo(Len(signature) > 0 And signature = connector.Signature("texto") _
-                                        And signature <> connector.Signature("outro"))
-    WScript.Echo "LoadDefaults: " & YesNo(connector.LoadDefaults(ReadUnicode(WScript.Arguments(1))))
-    WScript.Echo "ValidateSettings: " & YesNo(connector.ValidateSettings())
+    Tell "Signature: " & YesNo(Len(signature) > 0 And signature = connector.Signature("texto") _
+                                And signature <> connector.Signature("outro"))
+    Tell "LoadDefaults: " & YesNo(connector.LoadDefaults(ReadUnicode(WScript.Arguments(2))))
+    Tell "ValidateSettings: " & YesNo(connector.ValidateSettings())
     Dim told
     Set told = New Notifier
     Set connector.EventNotifier = told
     connector.Execute
     connector.Dispose
-    WScript.Echo "NotifyProgress: " & YesNo(told.ProgressCalls > 0 And told.Largest > 0)
+    Tell "NotifyProgress: " & YesNo(told.ProgressCalls > 0 And told.Largest > 0)
 ElseIf phase = "reset" Then
     connector.ResetData
-    WScript.Echo "Delete: " & YesNo(connector.Delete())
+    Tell "Delete: " & YesNo(connector.Delete())
 Else
-    WScript.Echo "fase desconhecida: " & phase
+    Tell "fase desconhecida: " & phase
+    report.Close
     WScript.Quit 2
 End If
 Set connector = Nothing
+Tell "fim"
+report.Close
