@@ -32,6 +32,12 @@ endforeach()
 if(CMAKE_SIZEOF_VOID_P EQUAL 8)
   add_link_options(-static -static-libgcc -static-libstdc++)
 else()
+  # Doubles are computed as doubles, as on every other build: the 32-bit default, the x87 unit,
+  # keeps 80 bits between steps, so that a rounded total compared with its payments could come
+  # out a cent's dust apart and a paid sale be taken for a credit sale. SSE2 is on every 32-bit
+  # processor Windows still runs on; the stack is realigned where a caller (a script host, say)
+  # hands over one aligned only to 4 bytes.
+  add_compile_options(-msse2 -mfpmath=sse -mstackrealign)
   add_link_options(-static-libstdc++ -shared-libgcc)
   set(KITRA_WINDOWS_RUNTIME_DLLS "")
   foreach(runtime libgcc_s_dw2-1.dll libwinpthread-1.dll)

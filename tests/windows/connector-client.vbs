@@ -7,6 +7,9 @@
 '   cscript //nologo connector-client.vbs run REPORT SETTINGS   identity, LoadDefaults (SETTINGS
 '                                                        is UTF-16), ValidateSettings, a script
 '                                                        notifier, Execute
+'   cscript //nologo connector-client.vbs rerun REPORT   Execute again, told to a notifier that
+'                                                        has no NotifyProgress and whose
+'                                                        NotifyStatus fails the first time
 '   cscript //nologo connector-client.vbs reset REPORT   ResetData, Delete
 Option Explicit
 
@@ -34,6 +37,20 @@ Class Notifier
 
     Public Sub NotifyStatus(text)
         Tell "estado: " & text
+    End Sub
+End Class
+
+' A notifier that lacks a member and raises an error: neither may end the run.
+Class FailingNotifier
+    Public Calls
+
+    Private Sub Class_Initialize()
+        Calls = 0
+    End Sub
+
+    Public Sub NotifyStatus(text)
+        Calls = Calls + 1
+        If Calls = 1 Then Err.Raise 5, "FailingNotifier", "falha de proposito"
     End Sub
 End Class
 
@@ -78,6 +95,13 @@ If phase = "run" Then
     connector.Execute
     connector.Dispose
     Tell "NotifyProgress: " & YesNo(told.ProgressCalls > 0 And told.Largest > 0)
+ElseIf phase = "rerun" Then
+    Dim failing
+    Set failing = New FailingNotifier
+    Set connector.EventNotifier = failing
+    connector.Execute
+    connector.Dispose
+    Tell "NotifyStatus after its failure: " & YesNo(failing.Calls > 1)
 ElseIf phase = "reset" Then
     connector.ResetData
     Tell "Delete: " & YesNo(connector.Delete())

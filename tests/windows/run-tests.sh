@@ -16,8 +16,8 @@
 #   5. the system's script host (cscript, VBScript) does the same as a client nobody here wrote:
 #      CreateObject by ProgID, every identity member, LoadDefaults with accents, ValidateSettings,
 #      a script class as notifier, Execute into the back office the machine's setting names,
-#      compared with the Linux run; the statuses it was told are the C++ host's; ResetData,
-#      Delete;
+#      compared with the Linux run, and the statuses it was told; a run told to a notifier that
+#      fails; ResetData, Delete;
 #   6. regsvr32 /u leaves no key: class, ProgID, type library, interface.
 # Usage: run-tests.sh TOP LINUX_BUILD TWIN=BUILD...   (TWIN: 32 or 64)
 set -euo pipefail
@@ -119,7 +119,11 @@ linux_data="$common/linux"
 new_back_office "$linux_data"
 "$host" --data "$linux_data" settings load "$settings" >/dev/null
 "$host" --data "$linux_data" settings show --reveal >"$common/linux-settings.xml"
-"$host" --data "$linux_data" execute --quiet >"$common/linux-run.txt" 2>&1 || true
+"$host" --data "$linux_data" execute --verbose >"$common/linux-run.txt" 2>&1 || true
+# What the run told its notifier: kitra-host's verbose output without its progress lines and
+# its message boxes.
+grep -v -E '^A importar [^:]*: [0-9]+/[0-9]+$|^\([iX!?]\) ' "$common/linux-run.txt" |
+  sed 's/^/estado: /' >"$common/linux-statuses.txt"
 "$host" --data "$linux_data" settings show --reveal >"$common/linux-settings-after.xml"
 
 # The run's own moments (dates, times, log file names) masked.
@@ -330,9 +334,16 @@ EOT
   grep '^estado: ' "$work/script-report.txt" >"$work/script-statuses.txt" || true
   grep '^estado: ' "$work/host-run.txt" >"$work/host-statuses.txt" || true
   check "[$twin-bit] the script's notifier was told statuses" test -s "$work/script-statuses.txt"
-  same_files "[$twin-bit] the statuses the script was told are the C++ host's" \
-    "$work/host-statuses.txt" "$work/script-statuses.txt"
+  same_files "[$twin-bit] the statuses the C++ host was told are the Linux run's" \
+    "$common/linux-statuses.txt" "$work/host-statuses.txt"
+  same_files "[$twin-bit] the statuses the script was told are the Linux run's" \
+    "$common/linux-statuses.txt" "$work/script-statuses.txt"
   compare_with_linux "[$twin-bit] VBScript" "$script_data"
+  run_windows cscript //nologo "$script" rerun "$(winpath "$work/script-rerun.utf16")" >"$work/script-rerun.txt" || true
+  iconv -f UTF-16 -t UTF-8 "$work/script-rerun.utf16" 2>/dev/null | tr -d '\r' >"$work/script-rerun-report.txt" || true
+  check "[$twin-bit] a notifier that fails, and lacks NotifyProgress, does not end the run" \
+    bash -c "test \"\$(tr '\n' ' ' <'$work/script-rerun-report.txt')\" = 'NotifyStatus after its failure: sim fim ' &&
+             grep -q 'A importação chegou ao fim\.\$' '$work/script-rerun.txt'"
   run_windows cscript //nologo "$script" reset "$(winpath "$work/script-reset.utf16")" >/dev/null || true
   iconv -f UTF-16 -t UTF-8 "$work/script-reset.utf16" 2>/dev/null | tr -d '\r' >"$work/script-reset.txt" || true
   check "[$twin-bit] the script's ResetData and Delete ran" \
