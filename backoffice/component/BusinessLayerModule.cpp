@@ -5,7 +5,6 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <string>
 
 #include "backoffice/BackOffice.h"
@@ -14,6 +13,7 @@
 #include "core/Error.h"
 #include "core/ModulePath.h"
 #include "core/Paths.h"
+#include "host/ClassFactory.h"
 #include "host/IHostBusinessLayer.h"
 
 #if defined(_WIN32)
@@ -129,43 +129,15 @@ private:
     std::string reason_;
 };
 
-// A static object: it does not count as a live object of the module.
-class BusinessLayerFactory final : public host::IClassFactory {
-public:
-    host::HResult KITRA_COM_CALL QueryInterface(const host::Guid& iid, void** object) override {
-        if (object == nullptr) return host::kPointer;
-        if (iid == host::kIID_IUnknown || iid == host::kIID_IClassFactory) {
-            *object = static_cast<host::IClassFactory*>(this);
-            return host::kOk;
-        }
-        *object = nullptr;
-        return host::kNoInterface;
+void CountLock(bool lock) {
+    if (lock) {
+        ++g_locks;
+    } else {
+        --g_locks;
     }
-    std::uint32_t KITRA_COM_CALL AddRef() override { return 2; }
-    std::uint32_t KITRA_COM_CALL Release() override { return 1; }
+}
 
-    host::HResult KITRA_COM_CALL CreateInstance(host::IUnknown* outer, const host::Guid& iid,
-                                                void** object) override {
-        if (object == nullptr) return host::kPointer;
-        *object = nullptr;
-        if (outer != nullptr) return host::kNoAggregation;
-        auto* layer = new (std::nothrow) BusinessLayer();
-        if (layer == nullptr) return host::kOutOfMemory;
-        const host::HResult result = layer->QueryInterface(iid, object);
-        layer->Release();
-        return result;
-    }
-    host::HResult KITRA_COM_CALL LockServer(std::int32_t lock) override {
-        if (lock != 0) {
-            ++g_locks;
-        } else {
-            --g_locks;
-        }
-        return host::kOk;
-    }
-};
-
-BusinessLayerFactory g_factory;
+host::ClassFactory<BusinessLayer> g_factory(&CountLock);
 
 std::string ThisModule() { return ModulePathOf(reinterpret_cast<const void*>(&ThisModule)); }
 
