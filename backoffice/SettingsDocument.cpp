@@ -372,6 +372,72 @@ void SettingsDocument::SetImportDates(const std::string& restaurant,
     if (!found) throw Error("Não há nenhum restaurante '" + restaurant + "' nas configurações.");
 }
 
+std::vector<std::string> SettingsDocument::KeepFromStored(const SettingsDocument& stored,
+                                                          bool datesFromFile) {
+    std::map<std::string, pugi::xml_node> storedByName;
+    ForEachRestaurant(stored.Root(), [&](pugi::xml_node element) {
+        storedByName.emplace(NameKey(element.attribute("Name").value()), element);
+    });
+    std::vector<std::string> said;
+    ForEachRestaurant(Root(), [&](pugi::xml_node element) {
+        const std::string name = element.attribute("Name").value();
+        const auto found = storedByName.find(NameKey(name));
+        pugi::xml_attribute password = element.attribute("ServerPassword");
+        if (password && std::string_view(password.value()) == kMaskedPassword) {
+            if (found == storedByName.end() || !found->second.attribute("ServerPassword")) {
+                throw Error("Restaurante '" + name + "': a palavra-passe está mascarada (" +
+                            kMaskedPassword +
+                            ") e não há nenhuma guardada para este restaurante; escreva-a no "
+                            "ficheiro.");
+            }
+            password.set_value(found->second.attribute("ServerPassword").value());
+        }
+        if (found == storedByName.end()) return;
+        for (const char* date : {"ImportDateEntities", "ImportDateTransactions"}) {
+            const std::string before = found->second.attribute(date).value();
+            pugi::xml_attribute attribute = element.attribute(date);
+            if (!attribute) attribute = element.append_attribute(date);
+            const std::string inFile = attribute.value();
+            if (inFile == before) continue;
+            if (datesFromFile) {
+                said.push_back(fmt::format("Restaurante '{}': {} passa de {} para {} (do ficheiro).",
+                                           name, date, before, inFile));
+            } else {
+                attribute.set_value(before.c_str());
+                said.push_back(fmt::format(
+                    "Restaurante '{}': {} fica {}, a data guardada (o ficheiro tem {}; para a "
+                    "tomar do ficheiro, use --dates-from-file).",
+                    name, date, before, inFile));
+            }
+        }
+    });
+    return said;
+}
+
+void SettingsDocument::SetRestaurantAttribute(const std::string& restaurant,
+                                              const std::string& attribute,
+                                              const std::string& value) {
+    if (!KnownAttributes("Restaurant").contains(attribute)) {
+        throw Error("'" + attribute + "' não é um atributo de um restaurante; os atributos são " +
+                    [] {
+                        std::string all;
+                        for (const std::string& name : KnownAttributes("Restaurant"))
+                            all += (all.empty() ? "" : ", ") + name;
+                        return all;
+                    }() +
+                    ".");
+    }
+    bool found = false;
+    ForEachRestaurant(Root(), [&](pugi::xml_node element) {
+        if (found || NameKey(element.attribute("Name").value()) != NameKey(restaurant)) return;
+        found = true;
+        pugi::xml_attribute node = element.attribute(attribute.c_str());
+        if (!node) node = element.append_attribute(attribute.c_str());
+        node.set_value(value.c_str());
+    });
+    if (!found) throw Error("Não há nenhum restaurante '" + restaurant + "' nas configurações.");
+}
+
 std::string SettingsDocument::Text() const { return Render(document_); }
 
 std::string SettingsDocument::MaskedText() const {
@@ -379,7 +445,7 @@ std::string SettingsDocument::MaskedText() const {
     masked.reset(document_);
     ForEachRestaurant(masked.document_element(), [](pugi::xml_node element) {
         if (pugi::xml_attribute password = element.attribute("ServerPassword"))
-            password.set_value("********");
+            password.set_value(kMaskedPassword);
     });
     return Render(masked);
 }

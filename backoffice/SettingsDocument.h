@@ -15,6 +15,8 @@ namespace kitra::backoffice {
 
 inline constexpr const char* kSettingsKey1 = "Quarn.Mercatill.Connector";
 inline constexpr const char* kSettingsKey2 = "Kitra";
+// What a shown settings text has in place of each password.
+inline constexpr const char* kMaskedPassword = "********";
 // The import log table keeps a restaurant's name in 25 characters.
 inline constexpr std::size_t kRestaurantNameLimit = 25;
 
@@ -58,8 +60,21 @@ public:
     void SetImportDates(const std::string& restaurant, const std::optional<std::string>& entities,
                         const std::optional<std::string>& transactions);
 
+    // What loading this text over the `stored` one keeps of it, for each restaurant both texts
+    // have (names compared as the import compares them): the stored import dates, unless
+    // `datesFromFile` (a file edited for a password must not send a restaurant back to an old
+    // date), and the stored password where this text has the mask that `MaskedText` puts (a
+    // shown text loaded back). Returns one line per date that this changes or that the file
+    // changes, for the user. Fails with an Error when a masked password has no stored one.
+    std::vector<std::string> KeepFromStored(const SettingsDocument& stored, bool datesFromFile);
+
+    // Sets one attribute of the restaurant (names compared as the import compares them); fails
+    // when there is no such restaurant or the attribute is not one a restaurant has.
+    void SetRestaurantAttribute(const std::string& restaurant, const std::string& attribute,
+                                const std::string& value);
+
     std::string Text() const;
-    // The text with every password replaced by "********".
+    // The text with every password replaced by kMaskedPassword.
     std::string MaskedText() const;
 
 private:

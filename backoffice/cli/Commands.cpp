@@ -41,9 +41,14 @@ const std::vector<Command>& AllCommands() {
         {"init", "", "Cria uma retaguarda nova na pasta de dados, com uma empresa de exemplo.",
          &RunInit},
         {"info", "", "Mostra a identificação do conector.", &RunInfo},
-        {"settings", "load FICHEIRO|show [--reveal]|delete --yes|history|restore N",
-         "Guarda (do ficheiro XML), mostra (palavras-passe escondidas), apaga, lista as versões "
-         "guardadas ou repõe uma versão das configurações do conector.",
+        {"settings",
+         "load [--dates-from-file] FICHEIRO|set RESTAURANTE ATRIBUTO VALOR|show [--reveal]|"
+         "delete --yes|history|restore N",
+         "Guarda (do ficheiro XML; as datas de importação e as palavras-passe mascaradas de cada "
+         "restaurante já guardado ficam as guardadas, as datas só vêm do ficheiro com "
+         "--dates-from-file), muda um atributo de um restaurante, mostra (palavras-passe "
+         "escondidas), apaga, lista as versões guardadas ou repõe uma versão das configurações "
+         "do conector.",
          &RunSettings},
         {"validate", "", "Valida as configurações guardadas e mostra cada regra que falha.",
          &RunValidate},

@@ -149,11 +149,30 @@ int RunRegister(CommandContext& context) {
     const host::HResult result = module.RegisterServer();
     if (result != host::kOk) throw Error("O componente recusou o registo.");
     context.out << "Componente registado: " << module.Path() << "\n";
+    // The back office's module installed beside the connector's is the business layer's class
+    // that the connector creates: it is registered with it.
+    const std::filesystem::path backOffice =
+        std::filesystem::path(module.Path()).parent_path() / host::BusinessLayerModuleFileName();
+    std::error_code missing;
+    if (std::filesystem::is_regular_file(backOffice, missing)) {
+        ComponentModule layer(backOffice.string());
+        if (layer.RegisterServer() != host::kOk) throw Error("O back office recusou o registo.");
+        context.out << "Componente registado: " << layer.Path() << "\n";
+    }
     return kExitOk;
+}
+
+// The business layer's class goes with the connector's: its entry is removed directly, as the
+// module's own unregistration does.
+void UnregisterBusinessLayer(CommandContext& context) {
+    if (UnregisterComponent(host::GuidToString(host::kCLSID_HostBusinessLayer))) {
+        context.out << "Registo do back office anulado.\n";
+    }
 }
 
 int RunUnregister(CommandContext& context) {
     ExpectArguments(context, 0, "unregister");
+    UnregisterBusinessLayer(context);
     // A registered module that is gone (or no longer a component) cannot unregister itself:
     // its entry is removed from the registry directly.
     if (const auto entry = FindComponent(kConnectorProgId)) {

@@ -30,9 +30,10 @@ ConnectorSession::ConnectorSession(CommandContext& context, const std::string& o
     office_.settingsStore.SetOrigin(origin);
     try {
         modulePath_ = ConnectorModulePath();
-        attachment_ = std::make_unique<host::HostAttachment>(services_, modulePath_);
         module_ = std::make_unique<ComponentModule>(modulePath_);
         connector_ = module_->CreateConnector(ConnectorClassId());
+        // Attached before the connector's first call, which is the first that needs the host.
+        attachment_ = std::make_unique<host::HostAttachment>(services_, modulePath_);
     } catch (const Error& error) {
         if (error.Description().find("KITRA_COMPONENT_REGISTRY") != std::string::npos) throw;
         throw Error(error.Description() + " " + ComponentHelp());

@@ -21,8 +21,8 @@ namespace kitra::backoffice::cli {
 namespace {
 
 constexpr const char* kUsage =
-    "settings load FICHEIRO | settings show [--reveal] | settings delete --yes | settings history "
-    "| settings restore N";
+    "settings load [--dates-from-file] FICHEIRO | settings set RESTAURANTE ATRIBUTO VALOR | "
+    "settings show [--reveal] | settings delete --yes | settings history | settings restore N";
 
 std::string ReadFile(const std::string& path) {
     std::error_code ignored;
@@ -51,8 +51,35 @@ std::string Indented(const std::string& text) {
     return indented;
 }
 
+// Stores a checked settings text through the connector, as a host does; when the connector
+// keeps fewer restaurants than the text holds, it read something else than what was checked,
+// and the previous text goes back. `what` names where the text came from, for the messages.
+int StoreThroughConnector(CommandContext& context, ConnectorSession& session,
+                          const std::string& xml, std::size_t restaurants,
+                          const std::optional<std::string>& previous, const std::string& what) {
+    ConnectorSettingsStore& store = session.Office().settingsStore;
+    // The connector says only that it failed; a lock held by another program is said here.
+    session.Office().GetDatabase().EnsureWritable();
+    if (!session.Connector().LoadDefaults(xml)) {
+        context.err << "kitra-host: o conector recusou as configurações.\n";
+        return kExitFailure;
+    }
+    const auto stored = StoredRestaurants(store.StoredText(kSettingsKey1, kSettingsKey2));
+    if (stored.size() != restaurants) {
+        if (previous) {
+            store.SetOrigin("settings load (reposição)");
+            store.SaveText(kSettingsKey1, kSettingsKey2, *previous);
+        }
+        context.err << "kitra-host: o conector não leu as configurações " << what
+                    << " como foram verificadas; as configurações anteriores foram repostas.\n";
+        return kExitFailure;
+    }
+    return kExitOk;
+}
+
 int Load(CommandContext& context) {
-    ExpectArguments(context, 2, "settings load FICHEIRO");
+    const bool datesFromFile = context.TakeFlag("--dates-from-file");
+    ExpectArguments(context, 2, "settings load [--dates-from-file] FICHEIRO");
     const std::string& path = context.arguments[1];
     const std::string refused = "kitra-host: as configurações de '" + path +
                                 "' foram recusadas; as configurações guardadas ficaram como estavam.\n";
@@ -75,28 +102,73 @@ int Load(CommandContext& context) {
 
     RunLock lock(context.dataFolder, "'settings load'");
     ConnectorSession session(context, "settings load");
-    ConnectorSettingsStore& store = session.Office().settingsStore;
-    const auto previous = store.StoredText(kSettingsKey1, kSettingsKey2);
-    // The connector says only that it failed; a lock held by another program is said here.
-    session.Office().GetDatabase().EnsureWritable();
-    if (!session.Connector().LoadDefaults(xml)) {
-        context.err << "kitra-host: o conector recusou as configurações.\n";
-        return kExitFailure;
-    }
-    // The connector reads the text by its own rules; if it kept fewer restaurants than the text
-    // holds, it read something else than what was checked, and the previous text goes back.
-    const auto stored = StoredRestaurants(store.StoredText(kSettingsKey1, kSettingsKey2));
-    if (stored.size() != document->Restaurants().size()) {
+    const auto previous = session.Office().settingsStore.StoredText(kSettingsKey1, kSettingsKey2);
+    // What is stored of each restaurant the file also names stays: its import dates (unless
+    // asked) and its password where the file has the mask of a shown text.
+    std::vector<std::string> kept;
+    try {
+        std::optional<SettingsDocument> stored;
         if (previous) {
-            store.SetOrigin("settings load (reposição)");
-            store.SaveText(kSettingsKey1, kSettingsKey2, *previous);
+            try {
+                stored = SettingsDocument::Parse(*previous);
+            } catch (const Error&) {
+                // Stored settings that cannot be read keep nothing: the file is taken whole.
+            }
         }
-        context.err << "kitra-host: o conector não leu as configurações de '" << path
-                    << "' como foram verificadas; as configurações anteriores foram repostas.\n";
+        const SettingsDocument nothing = SettingsDocument::Parse("<KitraConnectorSetting/>");
+        kept = document->KeepFromStored(stored ? *stored : nothing, datesFromFile);
+    } catch (const Error& error) {
+        context.err << refused << "  " << error.Description() << "\n";
         return kExitFailure;
     }
-    context.out << "Configurações guardadas (" << stored.size() << " restaurante"
-                << (stored.size() == 1 ? "" : "s") << ").\n";
+    const int status = StoreThroughConnector(context, session, document->Text(),
+                                             document->Restaurants().size(), previous,
+                                             "de '" + path + "'");
+    if (status != kExitOk) return status;
+    for (const std::string& line : kept) context.out << line << "\n";
+    const std::size_t count = document->Restaurants().size();
+    context.out << "Configurações guardadas (" << count << " restaurante" << (count == 1 ? "" : "s")
+                << ").\n";
+    return kExitOk;
+}
+
+// One attribute of one restaurant changed in the stored settings, checked as a load is checked
+// and kept in the history as a load is.
+int Set(CommandContext& context) {
+    ExpectArguments(context, 4, "settings set RESTAURANTE ATRIBUTO VALOR");
+    const std::string& restaurant = context.arguments[1];
+    const std::string& attribute = context.arguments[2];
+    const std::string& value = context.arguments[3];
+    RunLock lock(context.dataFolder, "'settings set'");
+    ConnectorSession session(context, "settings set");
+    const auto previous = session.Office().settingsStore.StoredText(kSettingsKey1, kSettingsKey2);
+    if (!previous) {
+        context.err << "kitra-host: não há configurações guardadas; guarde-as primeiro com "
+                       "'kitra-host settings load FICHEIRO'.\n";
+        return kExitFailure;
+    }
+    const std::string refused =
+        "kitra-host: a alteração foi recusada; as configurações guardadas ficaram como estavam.\n";
+    std::optional<SettingsDocument> document;
+    try {
+        document = SettingsDocument::Parse(*previous);
+        document->SetRestaurantAttribute(restaurant, attribute, value);
+    } catch (const Error& error) {
+        context.err << refused << "  " << error.Description() << "\n";
+        return kExitFailure;
+    }
+    if (const auto problems = document->Problems(); !problems.empty()) {
+        context.err << refused;
+        for (const std::string& problem : problems) context.err << "  " << problem << "\n";
+        return kExitFailure;
+    }
+    const int status = StoreThroughConnector(context, session, document->Text(),
+                                             document->Restaurants().size(), previous,
+                                             "alteradas");
+    if (status != kExitOk) return status;
+    context.out << "Restaurante '" << restaurant << "': " << attribute << " = "
+                << (attribute == "ServerPassword" ? std::string(kMaskedPassword) : value)
+                << " (a versão anterior das configurações ficou no histórico).\n";
     return kExitOk;
 }
 
@@ -191,6 +263,7 @@ int RunSettings(CommandContext& context) {
     if (context.arguments.empty()) throw UsageError(std::string("Uso: kitra-host ") + kUsage);
     const std::string action = context.arguments.front();
     if (action == "load") return Load(context);
+    if (action == "set") return Set(context);
     if (action == "show") return Show(context);
     if (action == "delete") return Delete(context);
     if (action == "history") return History(context);

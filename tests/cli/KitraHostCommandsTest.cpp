@@ -182,6 +182,12 @@ TEST_F(KitraHostTest, RegisterAndUnregister) {
     EXPECT_TRUE(line.starts_with("{3F6E9A24-71C8-4D5B-A0E2-8B9C4D17F5A6}\tPOSConnectorKitra.KitraConnector\t/"))
         << line;
     EXPECT_TRUE(line.ends_with("POSConnectorKitra.so")) << line;
+    // The back office's module beside it, the business layer's class, is registered with it.
+    ASSERT_TRUE(std::getline(in, line));
+    EXPECT_TRUE(line.starts_with("{1C192219-07BF-4A43-95DD-552B008C5A9D}\tKitraBackOffice.BusinessLayer\t/"))
+        << line;
+    EXPECT_TRUE(line.ends_with("/KitraBackOffice.so")) << line;
+    EXPECT_NE(reg.out.find("KitraBackOffice.so"), std::string::npos) << reg.out;
     EXPECT_EQ(Run("info").exit, 0);  // found through the registry now
     EXPECT_EQ(Run("unregister").exit, 0);
     std::ifstream after(folder / "registry");

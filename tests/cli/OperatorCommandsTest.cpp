@@ -315,6 +315,97 @@ TEST_F(OperatorTest, ShowMasksPasswordsUnlessRevealed) {
     EXPECT_NE(Run("settings show --reveal").out.find("ServerPassword=\"segredo\""), std::string::npos);
 }
 
+// A file loaded over stored settings does not send a restaurant back to the file's dates.
+TEST_F(OperatorTest, LoadKeepsAStoredRestaurantsDatesUnlessAskedAndSaysSo) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro") + Restaurant("Praia")))).exit, 0);
+    ASSERT_EQ(Run("state set Centro --entities \"2026-01-02 03:04:05\" --transactions \"2026-01-02 03:04:06\"").exit, 0);
+    // The same file, edited for a password, and with a restaurant that is new.
+    const std::string edited = WriteSettings(
+        Settings(Restaurant("centro ", "nova") + Restaurant("Praia") + Restaurant("Foz")));
+    const HostResult load = Run("settings load " + edited);
+    ASSERT_EQ(load.exit, 0) << load.err;
+    EXPECT_NE(load.out.find("Restaurante 'centro ': ImportDateEntities fica 2026-01-02 03:04:05, a data "
+                            "guardada (o ficheiro tem 2010-01-01 00:00:00; para a tomar do ficheiro, use "
+                            "--dates-from-file)."),
+              std::string::npos)
+        << load.out;
+    EXPECT_NE(load.out.find("ImportDateTransactions fica 2026-01-02 03:04:06"), std::string::npos) << load.out;
+    EXPECT_EQ(load.out.find("'Praia'"), std::string::npos) << load.out;  // same dates: nothing to say
+    const std::string stored = Run("settings show --reveal").out;
+    EXPECT_NE(stored.find("ServerPassword=\"nova\""), std::string::npos) << stored;
+    EXPECT_NE(stored.find("ImportDateEntities=\"2026-01-02 03:04:05\" "
+                          "ImportDateTransactions=\"2026-01-02 03:04:06\""),
+              std::string::npos)
+        << stored;
+    EXPECT_NE(stored.find("Name=\"Foz\""), std::string::npos);
+
+    // Asked: the file's dates, said too.
+    const HostResult rewind = Run("settings load --dates-from-file " + edited);
+    ASSERT_EQ(rewind.exit, 0) << rewind.err;
+    EXPECT_NE(rewind.out.find("Restaurante 'centro ': ImportDateEntities passa de 2026-01-02 03:04:05 "
+                              "para 2010-01-01 00:00:00 (do ficheiro)."),
+              std::string::npos)
+        << rewind.out;
+    EXPECT_EQ(Run("settings show --reveal").out.find("2026-01-02"), std::string::npos);
+}
+
+// settings show > f; settings load f: the passwords stay what they were.
+TEST_F(OperatorTest, AMaskedPasswordKeepsTheStoredOne) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro", "segredo") +
+                                                             Restaurant("Praia", "outro")))).exit, 0);
+    const std::string before = Run("settings show --reveal").out;
+    const HostResult shown = Run("settings show");
+    ASSERT_EQ(shown.exit, 0);
+    ASSERT_NE(shown.out.find("********"), std::string::npos);
+    const HostResult load = Run("settings load " + WriteSettings(shown.out));
+    ASSERT_EQ(load.exit, 0) << load.err;
+    EXPECT_EQ(Run("settings show --reveal").out, before);
+    // A masked password for a restaurant nothing is stored for cannot be kept: refused whole.
+    const HostResult refused = Run("settings load " + WriteSettings(Settings(
+                                   Restaurant("Centro", "********") + Restaurant("Nova", "********"))));
+    EXPECT_EQ(refused.exit, 1);
+    EXPECT_NE(refused.err.find("Restaurante 'Nova': a palavra-passe está mascarada (********) e não há "
+                               "nenhuma guardada para este restaurante"),
+              std::string::npos)
+        << refused.err;
+    EXPECT_EQ(Run("settings show --reveal").out, before);
+}
+
+TEST_F(OperatorTest, SetChangesOneAttributeCheckedAndKeptInTheHistory) {
+    EXPECT_EQ(Run("settings set Centro ServerPort 3307").exit, 1);  // nothing stored yet
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro", "segredo") +
+                                                             Restaurant("Praia")))).exit, 0);
+    const std::string before = Run("settings show --reveal").out;
+    const HostResult port = Run("settings set centro ServerPort 3307");
+    ASSERT_EQ(port.exit, 0) << port.err;
+    EXPECT_EQ(port.out, "Restaurante 'centro': ServerPort = 3307 (a versão anterior das configurações "
+                        "ficou no histórico).\n");
+    const HostResult password = Run("settings set Centro ServerPassword nova");
+    ASSERT_EQ(password.exit, 0) << password.err;
+    EXPECT_EQ(password.out.find("nova"), std::string::npos) << password.out;  // not shown
+    std::string expected = before;
+    const auto replace = [&](const std::string& from, const std::string& to) {
+        expected.replace(expected.find(from), from.size(), to);
+    };
+    replace("ServerPort=\"1\"", "ServerPort=\"3307\"");
+    replace("ServerPassword=\"segredo\"", "ServerPassword=\"nova\"");
+    EXPECT_EQ(Run("settings show --reveal").out, expected);
+    const HostResult history = Run("settings history");
+    EXPECT_NE(history.out.find("\tsettings set\t"), std::string::npos) << history.out;
+
+    // Refused, and nothing changes: a value a load refuses, an unknown attribute or restaurant.
+    const HostResult badPort = Run("settings set Centro ServerPort 70000");
+    EXPECT_EQ(badPort.exit, 1);
+    EXPECT_NE(badPort.err.find("ServerPort"), std::string::npos) << badPort.err;
+    const HostResult unknown = Run("settings set Centro SeverPort 3306");
+    EXPECT_EQ(unknown.exit, 1);
+    EXPECT_NE(unknown.err.find("'SeverPort' não é um atributo de um restaurante"), std::string::npos)
+        << unknown.err;
+    EXPECT_EQ(Run("settings set Nenhum ServerPort 3306").exit, 1);
+    EXPECT_EQ(Run("settings set Centro ServerPort").exit, 2);
+    EXPECT_EQ(Run("settings show --reveal").out, expected);
+}
+
 TEST_F(OperatorTest, HistoryKeepsReplacedSettingsAndRestoreBringsThemBack) {
     ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro") + Restaurant("Praia")))).exit, 0);
     const std::string first = Run("settings show --reveal").out;

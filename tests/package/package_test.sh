@@ -83,7 +83,8 @@ while IFS= read -r line; do
 done <<<"$help"
 
 registered="$("$host" register)"
-[ "$registered" = "Componente registado: $root/usr/lib/kitra/POSConnectorKitra.so" ] ||
+[ "$registered" = "Componente registado: $root/usr/lib/kitra/POSConnectorKitra.so
+Componente registado: $root/usr/lib/kitra/KitraBackOffice.so" ] ||
   fail "register: $registered"
 
 data="$scratch/data"
