@@ -353,13 +353,15 @@ std::vector<std::string> SettingsDocument::Warnings() const {
     return finder.warnings;
 }
 
-void SettingsDocument::SetImportDates(const std::string& restaurant,
-                                      const std::optional<std::string>& entities,
-                                      const std::optional<std::string>& transactions) {
+std::string SettingsDocument::SetImportDates(const std::string& restaurant,
+                                             const std::optional<std::string>& entities,
+                                             const std::optional<std::string>& transactions) {
     bool found = false;
+    std::string stored;
     ForEachRestaurant(Root(), [&](pugi::xml_node element) {
-        if (found || restaurant != element.attribute("Name").value()) return;
+        if (found || NameKey(restaurant) != NameKey(element.attribute("Name").value())) return;
         found = true;
+        stored = element.attribute("Name").value();
         const auto set = [&](const char* name, const std::optional<std::string>& value) {
             if (!value) return;
             pugi::xml_attribute attribute = element.attribute(name);
@@ -370,6 +372,7 @@ void SettingsDocument::SetImportDates(const std::string& restaurant,
         set("ImportDateTransactions", transactions);
     });
     if (!found) throw Error("Não há nenhum restaurante '" + restaurant + "' nas configurações.");
+    return stored;
 }
 
 std::vector<std::string> SettingsDocument::KeepFromStored(const SettingsDocument& stored,

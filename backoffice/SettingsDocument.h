@@ -56,9 +56,12 @@ public:
     // What is suspicious but stored: attributes and elements the connector does not know.
     std::vector<std::string> Warnings() const;
 
-    // Sets the restaurant's import dates (those given); fails when there is no such restaurant.
-    void SetImportDates(const std::string& restaurant, const std::optional<std::string>& entities,
-                        const std::optional<std::string>& transactions);
+    // Sets the restaurant's import dates (those given), the restaurant named as the import
+    // compares names (without letter case or blanks around); returns its name as stored.
+    // Fails when there is no such restaurant.
+    std::string SetImportDates(const std::string& restaurant,
+                               const std::optional<std::string>& entities,
+                               const std::optional<std::string>& transactions);
 
     // What loading this text over the `stored` one keeps of it, for each restaurant both texts
     // have (names compared as the import compares them): the stored import dates, unless

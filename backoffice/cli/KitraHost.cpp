@@ -73,6 +73,14 @@ void PrintHelp(std::ostream& out) {
         << "     encontrou diferenças entre um restaurante e a retaguarda.\n";
 }
 
+// One command's help: its line of use and what it does.
+void PrintCommandHelp(std::ostream& out, const Command& command) {
+    out << "Uso: " << kProgram << " [--data PASTA] " << command.name
+        << (command.arguments.empty() ? "" : " " + command.arguments) << "\n\n"
+        << std::string(17, ' ') << Wrapped(command.summary) << "\n\n"
+        << "Todos os comandos, as opções e os códigos de saída: " << kProgram << " --help\n";
+}
+
 const Command* FindCommand(const std::string& name) {
     for (const Command& command : AllCommands()) {
         if (command.name == name) return &command;
@@ -128,6 +136,12 @@ int RunKitraHost(const std::vector<std::string>& arguments, std::istream* in, st
                  std::ostream& err) {
     try {
         const CommandLine line = Parse(arguments);
+        if (line.help && line.command) {
+            if (const Command* command = FindCommand(*line.command)) {
+                PrintCommandHelp(out, *command);
+                return kExitOk;
+            }
+        }
         if (line.help || line.command == "help") {
             PrintHelp(out);
             return kExitOk;

@@ -204,7 +204,7 @@ int Delete(CommandContext& context) {
                        "de cada restaurante; sem elas, a próxima importação não sabe de onde "
                        "continuar. Para apagar mesmo, use 'kitra-host settings delete --yes' (a "
                        "versão apagada fica em 'kitra-host settings history').\n";
-        return kExitFailure;
+        return kExitUsage;  // the command line lacks what the command needs
     }
     RunLock lock(context.dataFolder, "'settings delete'");
     ConnectorSession session(context, "settings delete");

@@ -60,12 +60,13 @@ int Set(CommandContext& context) {
     RunLock lock(context.dataFolder, "'state set'");
     BackOffice office(context.dataFolder);
     SettingsDocument settings = StoredSettings(office);
-    settings.SetImportDates(name, entities, transactions);
-    office.settingsStore.SetOrigin("state set " + name);
+    // Names compare as the import compares them: 'centro' is the restaurant stored as 'Centro'.
+    const std::string stored = settings.SetImportDates(name, entities, transactions);
+    office.settingsStore.SetOrigin("state set " + stored);
     office.settingsStore.SaveText(kSettingsKey1, kSettingsKey2, settings.Text());
     for (const RestaurantSettings& r : settings.Restaurants()) {
-        if (r.name != name) continue;
-        context.out << "Datas de importação de '" << name << "': entidades " << r.importDateEntities
+        if (r.name != stored) continue;
+        context.out << "Datas de importação de '" << stored << "': entidades " << r.importDateEntities
                     << ", transacções " << r.importDateTransactions << ".\n";
         break;
     }

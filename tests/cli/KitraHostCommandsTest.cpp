@@ -42,6 +42,19 @@ TEST_F(KitraHostTest, InfoShowsTheConnectorsIdentity) {
     EXPECT_NE(r.out.find("\nVersion: "), std::string::npos);
 }
 
+TEST_F(KitraHostTest, ACommandsHelpIsThatCommandsOwn) {
+    const Result help = Run("state --help");
+    EXPECT_EQ(help.exit, 0);
+    EXPECT_TRUE(help.out.starts_with("Uso: kitra-host [--data PASTA] state")) << help.out;
+    EXPECT_NE(help.out.find("Todos os comandos, as opções e os códigos de saída: kitra-host --help"),
+              std::string::npos)
+        << help.out;
+    EXPECT_EQ(help.out.find("Comandos:"), std::string::npos) << help.out;  // not the whole help
+    EXPECT_EQ(Run("settings --help").out.find("Uso: kitra-host [--data PASTA] settings load"), 0u);
+    // An unknown command's --help is the whole help.
+    EXPECT_NE(Run("nenhum --help").out.find("Comandos:"), std::string::npos);
+}
+
 TEST_F(KitraHostTest, SettingsLoadShowDelete) {
     EXPECT_EQ(Run("settings show").exit, 1);
     const Result load = Run("settings load " + WriteSettings("\n  " + kOneRestaurant + "\n"));
@@ -52,7 +65,7 @@ TEST_F(KitraHostTest, SettingsLoadShowDelete) {
                                      "CreditTransDocument=\"\""))
         << show.out;
     EXPECT_NE(show.out.find("<Restaurant Name=\"Centro\""), std::string::npos);
-    EXPECT_EQ(Run("settings delete").exit, 1);  // the import dates would go too: --yes first
+    EXPECT_EQ(Run("settings delete").exit, 2);  // the import dates would go too: --yes first
     EXPECT_EQ(Run("settings show").exit, 0);
     EXPECT_EQ(Run("settings delete --yes").exit, 0);
     EXPECT_EQ(Run("settings show").exit, 1);

@@ -122,9 +122,15 @@ TEST_F(OperatorTest, StateListsAndMovesTheImportDates) {
     }
     EXPECT_EQ(Run("state set Centro").exit, 2);
     EXPECT_EQ(Run("state set Norte --entities '2024-01-05 10:00:00'").exit, 1);
+    // A name is the restaurant's whatever its letter case, as the import tells names apart.
+    const HostResult lower = Run("state set centro --entities '2024-02-01 00:00:00'");
+    EXPECT_EQ(lower.exit, 0) << lower.err;
+    EXPECT_EQ(lower.out, "Datas de importação de 'Centro': entidades 2024-02-01 00:00:00, transacções "
+                         "2024-01-01 00:00:00.\n");
     // Every change is kept: the history shows who replaced what.
     const std::string history = Run("settings history").out;
     EXPECT_NE(history.find("\tstate set Praia\t2"), std::string::npos) << history;
+    EXPECT_NE(history.find("\tstate set Centro\t2"), std::string::npos) << history;
     EXPECT_NE(history.find("\tsettings load\t"), std::string::npos) << history;
 }
 
