@@ -51,6 +51,16 @@ std::string Indented(const std::string& text) {
     return indented;
 }
 
+// Says why the text cannot be stored, after `refused`, when it has problems; false when it has
+// none.
+bool Refused(CommandContext& context, const std::string& refused, const SettingsDocument& document) {
+    const auto problems = document.Problems();
+    if (problems.empty()) return false;
+    context.err << refused;
+    for (const std::string& problem : problems) context.err << "  " << problem << "\n";
+    return true;
+}
+
 // Stores a checked settings text through the connector, as a host does; when the connector
 // keeps fewer restaurants than the text holds, it read something else than what was checked,
 // and the previous text goes back. `what` names where the text came from, for the messages.
@@ -92,11 +102,7 @@ int Load(CommandContext& context) {
         context.err << refused << "  " << error.Description() << "\n";
         return kExitFailure;
     }
-    if (const auto problems = document->Problems(); !problems.empty()) {
-        context.err << refused;
-        for (const std::string& problem : problems) context.err << "  " << problem << "\n";
-        return kExitFailure;
-    }
+    if (Refused(context, refused, *document)) return kExitFailure;
     for (const std::string& warning : document->Warnings())
         context.err << "kitra-host: aviso: " << warning << "\n";
 
@@ -157,11 +163,7 @@ int Set(CommandContext& context) {
         context.err << refused << "  " << error.Description() << "\n";
         return kExitFailure;
     }
-    if (const auto problems = document->Problems(); !problems.empty()) {
-        context.err << refused;
-        for (const std::string& problem : problems) context.err << "  " << problem << "\n";
-        return kExitFailure;
-    }
+    if (Refused(context, refused, *document)) return kExitFailure;
     const int status = StoreThroughConnector(context, session, document->Text(),
                                              document->Restaurants().size(), previous,
                                              "alteradas");
