@@ -60,10 +60,10 @@ std::string Application::LogFolder() const {
     if (std::filesystem::exists(folder, error) && !std::filesystem::is_directory(folder, error)) {
         throw Error(fmt::format("A pasta de registos '{}' é um ficheiro, não uma pasta: mude-lhe "
                                 "o nome ou apague-o.",
-                                folder.string()));
+                                Utf8FromPath(folder)));
     }
     MakePrivateFolder(folder, "a pasta de registos");
-    return folder.string();
+    return Utf8FromPath(folder);
 }
 
 std::string Application::Text(long id) const {

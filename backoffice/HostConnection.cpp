@@ -89,7 +89,7 @@ void HostConnection::KeepIfLogRow(const host::SqlStatement& statement, const std
         out.close();
         if (!out) throw Error("Não foi possível escrever o ficheiro '" + Utf8FromPath(file) + "'.");
         MakePrivateFile(file);
-        row.file = file.string();
+        row.file = Utf8FromPath(file);
     } catch (const std::exception& error) {
         row.reason += " O texto do log também não pôde ser guardado na pasta de registos: " +
                       DescriptionOf(error);

@@ -40,6 +40,13 @@ inline constexpr HResult kNoAggregation = static_cast<HResult>(0x80040110);
 inline constexpr HResult kClassNotAvailable = static_cast<HResult>(0x80040111);
 inline constexpr HResult kSelfRegClass = static_cast<HResult>(0x80040201);
 
+// A result code as the system writes it: "0x80004005".
+inline std::string HResultText(HResult result) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(result));
+    return text;
+}
+
 struct Guid {
     std::uint32_t data1 = 0;
     std::uint16_t data2 = 0;
@@ -129,6 +136,22 @@ using DllGetClassObjectFn = HResult(KITRA_COM_CALL*)(const Guid& clsid, const Gu
 using DllCanUnloadNowFn = HResult(KITRA_COM_CALL*)();
 using DllRegisterServerFn = HResult(KITRA_COM_CALL*)();
 using DllUnregisterServerFn = HResult(KITRA_COM_CALL*)();
+
+// An object of the class `clsid` that answers `iid`, made through the class factory that a
+// module's DllGetClassObject hands out. Returns the first step's failure (kOk when made);
+// `noClass` says whether the module lacks the class.
+inline HResult CreateThroughClassFactory(DllGetClassObjectFn getClassObject, const Guid& clsid,
+                                         const Guid& iid, void** object, bool& noClass) {
+    *object = nullptr;
+    IClassFactory* factory = nullptr;
+    HResult result = getClassObject(clsid, kIID_IClassFactory, reinterpret_cast<void**>(&factory));
+    noClass = result != kOk || factory == nullptr;
+    if (noClass) return result != kOk ? result : kClassNotAvailable;
+    result = factory->CreateInstance(nullptr, iid, object);
+    factory->Release();
+    if (result == kOk && *object == nullptr) result = kPointer;
+    return result;
+}
 
 // Holds one reference to an interface and releases it when it goes.
 template <typename Interface>

@@ -43,16 +43,16 @@ void* CreateObject(const ClassName& name, const Guid& iid,
     if (getClassObject == nullptr) {
         throw Error("O módulo '" + module + "' não é um componente (não tem DllGetClassObject).");
     }
-    IClassFactory* factory = nullptr;
-    HResult result = getClassObject(clsid, kIID_IClassFactory, reinterpret_cast<void**>(&factory));
-    if (result != kOk || factory == nullptr) {
-        throw Error("O módulo '" + module + "' não dá a classe '" + progId + "'.");
-    }
     void* object = nullptr;
-    result = factory->CreateInstance(nullptr, iid, &object);
-    factory->Release();
-    if (result != kOk || object == nullptr) {
-        throw Error("Não foi possível criar um objecto da classe '" + progId + "'.");
+    bool noClass = false;
+    const HResult result = CreateThroughClassFactory(getClassObject, clsid, iid, &object, noClass);
+    if (noClass) {
+        throw Error("O módulo '" + module + "' não dá a classe '" + progId + "' (" +
+                    HResultText(result) + ").");
+    }
+    if (result != kOk) {
+        throw Error("Não foi possível criar um objecto da classe '" + progId + "' (" +
+                    HResultText(result) + ").");
     }
     return object;
 }

@@ -5,22 +5,11 @@
 
 #include <objbase.h>
 
-#include <cstdio>
-
 #include "core/Error.h"
 #include "core/Text.h"
 #include "host/CreateObject.h"
 
 namespace kitra::host {
-namespace {
-
-std::string Code(HRESULT result) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08lX", static_cast<unsigned long>(result));
-    return text;
-}
-
-}  // namespace
 
 void* CreateObject(const ClassName& name, const Guid& iid, const std::vector<std::string>&) {
     static_assert(sizeof(GUID) == sizeof(Guid));
@@ -28,7 +17,7 @@ void* CreateObject(const ClassName& name, const Guid& iid, const std::vector<std
     const std::wstring progId = WideFromUtf8(name.progId);
     HRESULT result = ::CLSIDFromProgID(progId.c_str(), &clsid);
     if (FAILED(result)) {
-        throw Error("A classe '" + name.progId + "' não está registada (" + Code(result) +
+        throw Error("A classe '" + name.progId + "' não está registada (" + HResultText(result) +
                     "): registe o seu módulo com regsvr32.");
     }
     void* object = nullptr;
@@ -36,7 +25,7 @@ void* CreateObject(const ClassName& name, const Guid& iid, const std::vector<std
                                 reinterpret_cast<const IID&>(iid), &object);
     if (FAILED(result) || object == nullptr) {
         throw Error("Não foi possível criar um objecto da classe '" + name.progId + "' (" +
-                    Code(result) + ").");
+                    HResultText(result) + ").");
     }
     return object;
 }

@@ -24,13 +24,14 @@ const char* BusinessLayerModuleFileName() {
 #endif
 }
 
+std::string BusinessLayerModuleBeside(const std::string& componentModule) {
+    return (std::filesystem::path(componentModule).parent_path() / BusinessLayerModuleFileName())
+        .string();
+}
+
 std::vector<std::string> BusinessLayerFallbackModules(const std::string& componentModule) {
     std::vector<std::string> modules;
-    if (!componentModule.empty()) {
-        modules.push_back(
-            (std::filesystem::path(componentModule).parent_path() / BusinessLayerModuleFileName())
-                .string());
-    }
+    if (!componentModule.empty()) modules.push_back(BusinessLayerModuleBeside(componentModule));
 #ifdef KITRA_BACKOFFICE_MODULE_BUILT
     modules.push_back(KITRA_BACKOFFICE_MODULE_BUILT);
 #endif

@@ -12,6 +12,10 @@ namespace kitra::host {
 // The file name of the reference back office's component module on this platform.
 const char* BusinessLayerModuleFileName();
 
+// The reference back office's module installed beside `componentModule` (whether or not it is
+// there): components are installed together.
+std::string BusinessLayerModuleBeside(const std::string& componentModule);
+
 // Where the class is looked for when the platform has no registration of it: the module
 // beside `componentModule` (the module of whoever asks; components are installed together),
 // then the one built with this program.

@@ -24,12 +24,6 @@ namespace {
 constexpr host::Guid kBuiltConnectorClassId{
     0x3F6E9A24, 0x71C8, 0x4D5B, {0xA0, 0xE2, 0x8B, 0x9C, 0x4D, 0x17, 0xF5, 0xA6}};
 
-std::string HResultText(host::HResult result) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(result));
-    return text;
-}
-
 fs::path ProgramFolder() {
     std::error_code ec;
     const fs::path self = fs::read_symlink("/proc/self/exe", ec);
@@ -92,16 +86,16 @@ bool ComponentModule::CanUnloadNow() {
 host::ComPtr<host::IConnector> ComponentModule::CreateConnector(const host::Guid& clsid) {
     auto getClassObject =
         reinterpret_cast<host::DllGetClassObjectFn>(Symbol("DllGetClassObject"));
-    host::ComPtr<host::IClassFactory> factory;
-    host::HResult result = getClassObject(clsid, host::kIID_IClassFactory, factory.Out());
-    if (result != host::kOk || !factory) {
-        throw Error("O componente '" + path_ + "' não tem a classe " + host::GuidToString(clsid) +
-                    " (" + HResultText(result) + ").");
-    }
     host::ComPtr<host::IConnector> connector;
-    result = factory->CreateInstance(nullptr, host::kIID_IConnector, connector.Out());
-    if (result != host::kOk || !connector) {
-        throw Error("Não foi possível criar o conector (" + HResultText(result) + ").");
+    bool noClass = false;
+    const host::HResult result = host::CreateThroughClassFactory(
+        getClassObject, clsid, host::kIID_IConnector, connector.Out(), noClass);
+    if (noClass) {
+        throw Error("O componente '" + path_ + "' não tem a classe " + host::GuidToString(clsid) +
+                    " (" + host::HResultText(result) + ").");
+    }
+    if (result != host::kOk) {
+        throw Error("Não foi possível criar o conector (" + host::HResultText(result) + ").");
     }
     return connector;
 }

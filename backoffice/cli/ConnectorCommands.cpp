@@ -151,11 +151,10 @@ int RunRegister(CommandContext& context) {
     context.out << "Componente registado: " << module.Path() << "\n";
     // The back office's module installed beside the connector's is the business layer's class
     // that the connector creates: it is registered with it.
-    const std::filesystem::path backOffice =
-        std::filesystem::path(module.Path()).parent_path() / host::BusinessLayerModuleFileName();
+    const std::string backOffice = host::BusinessLayerModuleBeside(module.Path());
     std::error_code missing;
     if (std::filesystem::is_regular_file(backOffice, missing)) {
-        ComponentModule layer(backOffice.string());
+        ComponentModule layer(backOffice);
         if (layer.RegisterServer() != host::kOk) throw Error("O back office recusou o registo.");
         context.out << "Componente registado: " << layer.Path() << "\n";
     }

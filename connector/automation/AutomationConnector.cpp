@@ -67,6 +67,15 @@ HRESULT Trapped(Action action) {
     }
 }
 
+// A member that answers nothing: S_OK once it has run.
+template <typename Action>
+HRESULT Done(Action action) {
+    return Trapped([&] {
+        action();
+        return S_OK;
+    });
+}
+
 }  // namespace
 
 ITypeLib* EmbeddedTypeLibrary() {
@@ -170,17 +179,11 @@ HRESULT STDMETHODCALLTYPE AutomationConnector::Init(VARIANT_BOOL* done) {
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::Dispose() {
-    return Trapped([&] {
-        connector_->Dispose();
-        return S_OK;
-    });
+    return Done([&] { connector_->Dispose(); });
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::Execute() {
-    return Trapped([&] {
-        connector_->Execute();
-        return S_OK;
-    });
+    return Done([&] { connector_->Execute(); });
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::ValidateSettings(VARIANT_BOOL* valid) {
@@ -188,11 +191,10 @@ HRESULT STDMETHODCALLTYPE AutomationConnector::ValidateSettings(VARIANT_BOOL* va
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::put_EventNotifier(IDispatch* notifier) {
-    return Trapped([&] {
+    return Done([&] {
         connector_->EventNotifier(notifier != nullptr
                                       ? std::make_shared<DispatchEventNotifier>(notifier)
                                       : nullptr);
-        return S_OK;
     });
 }
 
@@ -213,10 +215,7 @@ HRESULT STDMETHODCALLTYPE AutomationConnector::Delete(VARIANT_BOOL* deleted) {
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::ShowTrace() {
-    return Trapped([&] {
-        connector_->ShowTrace();
-        return S_OK;
-    });
+    return Done([&] { connector_->ShowTrace(); });
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::get_FunctionalLevel(BSTR* level) {
@@ -224,10 +223,7 @@ HRESULT STDMETHODCALLTYPE AutomationConnector::get_FunctionalLevel(BSTR* level) 
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::ResetData() {
-    return Trapped([&] {
-        connector_->ResetData();
-        return S_OK;
-    });
+    return Done([&] { connector_->ResetData(); });
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::HandleImportExport(VARIANT_BOOL* handles) {
@@ -239,24 +235,17 @@ HRESULT STDMETHODCALLTYPE AutomationConnector::HandleReExport(VARIANT_BOOL* hand
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::ImportData() {
-    return Trapped([&] {
-        connector_->ImportData();
-        return S_OK;
-    });
+    return Done([&] { connector_->ImportData(); });
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::ExportData() {
-    return Trapped([&] {
-        connector_->ExportData();
-        return S_OK;
-    });
+    return Done([&] { connector_->ExportData(); });
 }
 
 HRESULT STDMETHODCALLTYPE AutomationConnector::ReExport(VARIANT a, VARIANT b, VARIANT c, VARIANT d) {
-    return Trapped([&] {
+    return Done([&] {
         connector_->ReExport(FromAutomation(a), FromAutomation(b), FromAutomation(c),
                              FromAutomation(d));
-        return S_OK;
     });
 }
 

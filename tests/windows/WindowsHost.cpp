@@ -32,6 +32,7 @@
 #include "backoffice/BackOffice.h"
 #include "backoffice/RecordingServices.h"
 #include "backoffice/SettingsDocument.h"
+#include "connector/automation/Bstr.h"
 #include "connector/Module.h"
 #include "core/Error.h"
 #include "core/Text.h"
@@ -50,24 +51,15 @@ void Expect(bool held, const std::string& what) {
 
 std::string YesNo(VARIANT_BOOL value) { return value != VARIANT_FALSE ? "Verdadeiro" : "Falso"; }
 
-std::string Code(HRESULT result) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08lX", static_cast<unsigned long>(result));
-    return text;
-}
-
 void Check(HRESULT result, const std::string& what) {
-    if (FAILED(result)) throw Error(what + " falhou (" + Code(result) + ")");
+    if (FAILED(result)) throw Error(what + " falhou (" + host::HResultText(result) + ")");
 }
 
 // A BSTR that frees itself.
 class Text {
 public:
     Text() = default;
-    explicit Text(const std::string& utf8) {
-        const std::wstring wide = WideFromUtf8(utf8);
-        value_ = ::SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
-    }
+    explicit Text(const std::string& utf8) : value_(connector::automation::BstrFromUtf8(utf8)) {}
     ~Text() { ::SysFreeString(value_); }
     Text(const Text&) = delete;
     Text& operator=(const Text&) = delete;
@@ -78,8 +70,7 @@ public:
     }
     BSTR Get() const { return value_; }
     std::string Utf8() const {
-        return value_ != nullptr ? Utf8FromWide(std::wstring_view(value_, ::SysStringLen(value_)))
-                                 : std::string();
+        return connector::automation::Utf8FromBstr(value_);
     }
 
 private:
@@ -130,7 +121,7 @@ public:
         if ((flags & DISPATCH_METHOD) == 0) return DISP_E_MEMBERNOTFOUND;
         const auto text = [&](UINT at) {
             const VARIANT& v = parameters->rgvarg[at];
-            return v.vt == VT_BSTR ? Utf8FromWide(std::wstring_view(v.bstrVal, ::SysStringLen(v.bstrVal)))
+            return v.vt == VT_BSTR ? connector::automation::Utf8FromBstr(v.bstrVal)
                                    : std::string("<não é texto>");
         };
         if (member == kStatus && parameters->cArgs == 1) {
@@ -196,7 +187,7 @@ std::string LateBoundText(IDispatch* object, const wchar_t* name) {
                          nullptr, nullptr),
           "Invoke");
     std::string text = result.vt == VT_BSTR
-                           ? Utf8FromWide(std::wstring_view(result.bstrVal, ::SysStringLen(result.bstrVal)))
+                           ? connector::automation::Utf8FromBstr(result.bstrVal)
                            : "<não é texto>";
     ::VariantClear(&result);
     return text;
