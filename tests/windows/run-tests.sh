@@ -147,8 +147,14 @@ table_counts() {
     printf '%s %s\n' "$table" "$(sqlite3 "$db" "SELECT COUNT(*) FROM \"$table\"")"
   done
 }
-# Every table's rows. The settings and their history say which program saved them, the host's
-# own name; they are compared without it.
+# The columns of a table, but those named.
+columns_except() {  # columns_except DB TABLE NAME...
+  local db="$1" table="$2" names
+  shift 2
+  names="$(printf "'%s'," "$@")"
+  sqlite3 "$db" "SELECT group_concat(name, ', ') FROM pragma_table_info('$table') WHERE name NOT IN (${names%,})"
+}
+# Every table's rows, the run's moments masked.
 table_rows() {
   local db="$1/backoffice.sqlite" table
   for table in $(sqlite3 "$db" "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name"); do
@@ -158,15 +164,24 @@ table_rows() {
         # The restaurant lists a receipt's documents in an order of its own (its statement joins
         # them without one), so a receipt's settlements are numbered in that order: they are
         # compared by receipt and entry.
-        sqlite3 "$db" "SELECT ReceiptKey, EntryID, Amount, InvoiceValue FROM account_settlements ORDER BY 1, 2" ;;
+        sqlite3 "$db" "SELECT ReceiptKey, EntryID, Amount, InvoiceValue FROM account_settlements ORDER BY 1, 2" | mask_moments ;;
+      document_lines|stock_movements)
+        # Nor has its statement of a document's lines an order (the server may join its tables
+        # either way round), and the import numbers lines and their stock movements as they
+        # come: lines are compared without their numbers.
+        sqlite3 "$db" "SELECT $(columns_except "$db" "$table" LineNumber MovementID) FROM $table" |
+          mask_moments | LC_ALL=C sort ;;
+      document_history)
+        sqlite3 "$db" "SELECT * FROM document_history ORDER BY 1" |
+          mask_moments | sed -E 's/^linha [0-9]+: /linha: /' | LC_ALL=C sort ;;
       connector_settings|connector_settings_history)
-        local columns
-        columns="$(sqlite3 "$db" "SELECT group_concat(name, ', ') FROM pragma_table_info('$table') WHERE name NOT IN ('UpdatedBy', 'StoredBy', 'ReplacedBy')")"
-        sqlite3 "$db" "SELECT $columns FROM $table ORDER BY 1" ;;
+        # They say which program saved the settings, the host's own name: compared without it.
+        sqlite3 "$db" "SELECT $(columns_except "$db" "$table" UpdatedBy StoredBy ReplacedBy) FROM $table ORDER BY 1" |
+          mask_moments ;;
       *)
-        sqlite3 "$db" "SELECT * FROM \"$table\" ORDER BY 1" ;;
+        sqlite3 "$db" "SELECT * FROM \"$table\" ORDER BY 1" | mask_moments ;;
     esac
-  done | mask_moments
+  done
 }
 log_text "$linux_data" >"$common/linux-log.txt"
 table_counts "$linux_data" >"$common/linux-counts.txt"
@@ -174,8 +189,8 @@ table_rows "$linux_data" >"$common/linux-rows.txt"
 [ -s "$common/linux-log.txt" ] || { echo "the Linux run left no log; see $common/linux-run.txt" >&2; exit 1; }
 
 # The imported back office against the Linux run's.
-compare_with_linux() {  # compare_with_linux WHO DATA
-  local who="$1" data="$2" out="$work/$1"
+compare_with_linux() {  # compare_with_linux WHO DATA: WHO's files in $work are named after DATA's folder
+  local who="$1" data="$2" out="$work/$(basename "$2")"
   log_text "$data" >"$out-log.txt"
   check "$who: the import wrote a log" test -s "$out-log.txt"
   same_files "$who: the log text is the Linux run's" "$common/linux-log.txt" "$out-log.txt"
