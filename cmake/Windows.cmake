@@ -129,16 +129,26 @@ add_library(kitra_import STATIC ${import_sources})
 target_link_libraries(kitra_import PUBLIC kitra_log kitra_settings kitra_ado kitra_restaurant
                       kitra_host kitra_core)
 
-# connector/: the component's classes; the dialogs have no windows on Windows yet
-# (DialogsModuleWindows.cpp says so to the user).
+# The dialogs' Windows views: Win32 and the common controls, over the same rules as the Qt
+# views of other systems (settings/, log/).
+add_library(kitra_win32_dialogs STATIC
+  core/win32/Dialog.cpp
+  settings/win32/frmAddRestaurant.cpp
+  settings/win32/frmSettings.cpp
+  log/win32/frmKitraLog.cpp)
+target_link_libraries(kitra_win32_dialogs PUBLIC kitra_settings kitra_log kitra_core comctl32
+                      user32 gdi32)
+
+# connector/: the component's classes; its dialogs are the Windows views above
+# (DialogsModuleWindows.cpp).
 kitra_windows_sources(connector_sources connector Module.cpp DialogsModule.cpp)
 add_library(kitra_connector STATIC ${connector_sources} connector/DialogsModuleWindows.cpp)
 target_compile_definitions(kitra_connector PUBLIC
   KITRA_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
   KITRA_VERSION_MINOR=${PROJECT_VERSION_MINOR}
   KITRA_VERSION_PATCH=${PROJECT_VERSION_PATCH})
-target_link_libraries(kitra_connector PUBLIC kitra_import kitra_log kitra_settings kitra_ado
-                      kitra_host kitra_core fmt::fmt)
+target_link_libraries(kitra_connector PUBLIC kitra_import kitra_win32_dialogs kitra_log
+                      kitra_settings kitra_ado kitra_host kitra_core fmt::fmt)
 
 # The contract as automation: widl compiles the IDL into the C++ declarations of IConnector and
 # the type library that is embedded in the module. Its imports (oaidl.idl, ocidl.idl) come with

@@ -1,29 +1,43 @@
-// The connector's dialogs on Windows: this build has no windows yet (its dialogs are Qt
-// widgets, and there is no Qt for Windows here). Asking for a dialog says so in the host's
-// message box and shows nothing; Config then returns false, as for a dialog that was not
-// accepted. The dialogs' rules (settings/, log/) are plain classes that Win32 dialogs can bind.
+// The connector's dialogs on Windows: Win32 dialogs built into the component's module, over the
+// same rules as the Qt dialogs of other systems. Each is modal on the host's thread, over the
+// host's active window.
 #include "connector/DialogsModule.h"
+
+#include "core/Error.h"
+#include "core/win32/Dialog.h"
+#include "log/win32/frmKitraLog.h"
+#include "settings/win32/frmSettings.h"
 
 namespace kitra::connector {
 namespace {
 
-void SayNoWindows(const host::HostServices& services, const std::string& dialog) {
+void SayNotShown(const host::HostServices& services, const std::string& dialog,
+                 const std::string& error) {
     if (services.messageBoxes == nullptr) return;
-    services.messageBoxes->Show("Esta versão do conector para Windows ainda não tem janelas: " +
-                                    dialog + " não pode ser aberta.",
-                                host::MessageStyle::Information, host::MessageButtons::Ok,
+    services.messageBoxes->Show("Não foi possível abrir " + dialog + ": " + error + ".",
+                                host::MessageStyle::Critical, host::MessageButtons::Ok,
                                 services.application->Title());
 }
 
 }  // namespace
 
-bool ConfigDialog(const host::HostServices& services, KitraConnectorSetting&) {
-    SayNoWindows(services, "a janela de configuração do conector");
-    return false;
+bool ConfigDialog(const host::HostServices& services, KitraConnectorSetting& setting) {
+    try {
+        win32::frmSettings dialog(services);
+        return dialog.Edit(setting, win32::DefaultOwner());
+    } catch (const std::exception& e) {
+        SayNotShown(services, "a janela de configuração do conector", DescriptionOf(e));
+        return false;
+    }
 }
 
 void ShowTraceDialog(const host::HostServices& services) {
-    SayNoWindows(services, "a janela do log de importações");
+    try {
+        win32::frmKitraLog dialog(services);
+        dialog.Show(win32::DefaultOwner());
+    } catch (const std::exception& e) {
+        SayNotShown(services, "a janela do log de importações", DescriptionOf(e));
+    }
 }
 
 }  // namespace kitra::connector

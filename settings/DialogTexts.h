@@ -51,4 +51,38 @@ inline constexpr const char* kTransactionsDateWrong =
 inline constexpr const char* kConnectionMade = "Ligação estabelecida com sucesso.";
 inline constexpr const char* kConnectionFailed = "Erro ao estabelecer a ligação: ";
 
+// frmSettings' grid headings and button captions, the same in every view of it.
+namespace settings_captions {
+inline constexpr const char* kPaymentsHeadings[] = {"No restaurante", "Modalidade", "Descrição"};
+inline constexpr const char* kTaxableGroupsHeadings[] = {"Taxa de IVA", "Taxa", "Descrição"};
+inline constexpr const char* kRestaurantsHeadings[] = {"Restaurante", "Servidor"};
+inline constexpr const char* kAdd = "Adicionar";
+inline constexpr const char* kEdit = "Alterar";
+inline constexpr const char* kDelete = "Apagar";
+inline constexpr const char* kDefaults = "Valores por omissão";
+inline constexpr const char* kCancel = "Cancelar";
+}  // namespace settings_captions
+
+// frmAddRestaurant's captions, the same in every view of it.
+namespace restaurant_captions {
+inline constexpr const char* kName = "Nome:";
+inline constexpr const char* kServer = "Servidor:";
+inline constexpr const char* kPort = "Porta:";
+inline constexpr const char* kDatabase = "Base de dados:";
+inline constexpr const char* kUser = "Utilizador:";
+inline constexpr const char* kPassword = "Palavra-passe:";
+inline constexpr const char* kTestConnection = "Testar ligação";
+inline constexpr const char* kItemPrefix = "Prefixo dos artigos:";
+inline constexpr const char* kWarehouse = "Armazém:";
+inline constexpr const char* kWasteWarehouse = "Armazém de quebras:";
+inline constexpr const char* kWorkstation = "Posto:";
+inline constexpr const char* kSupplier = "Fornecedor:";
+inline constexpr const char* kSeries = "Série:";
+inline constexpr const char* kStockManagement = "Gerir stocks";
+inline constexpr const char* kEntitiesImport = "Última importação de entidades:";
+inline constexpr const char* kTransactionsImport = "Última importação de transacções:";
+// The supplier search's caption.
+inline constexpr const char* kSuppliers = "Fornecedores";
+}  // namespace restaurant_captions
+
 }  // namespace kitra::dialog_texts

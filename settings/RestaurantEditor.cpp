@@ -34,6 +34,10 @@ std::string ImportDateText(const DateTime& date, const DateTime& time) {
 
 }  // namespace
 
+std::string RestaurantEditor::SupplierEntry(const host::Supplier& supplier) {
+    return FormatHostNumber(supplier.SupplierID) + " - " + supplier.OrganizationName;
+}
+
 std::string RestaurantEditor::Title() const {
     return services_.application->Text(texts::kRestaurantTitle);
 }

@@ -54,6 +54,8 @@ public:
     std::string SupplierName(double supplierId) const;
     // Suppliers whose name or number contains `text` (letter case aside); all for an empty text.
     std::vector<host::Supplier> SearchSuppliers(const std::string& text) const;
+    // A supplier as the search lists it: its number, " - " and its name.
+    static std::string SupplierEntry(const host::Supplier& supplier);
 
     // The controls filled from the record; `now` stands in for a date that is not one.
     RestaurantForm Show(const Restaurant& record, const DateTime& now) const;

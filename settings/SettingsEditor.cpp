@@ -83,6 +83,20 @@ std::vector<ListEntry> SettingsEditor::TaxableGroupList() const {
     return entries;
 }
 
+SettingsForm SettingsEditor::Open(const KitraConnectorSetting& setting) const {
+    std::string failedZone;
+    SettingsForm form = Load(setting, &failedZone);
+    if (services_.messageBoxes == nullptr) return form;
+    if (!failedZone.empty()) {
+        services_.messageBoxes->Show(ZoneMessage(failedZone), host::MessageStyle::Plain,
+                                     host::MessageButtons::Ok, services_.application->Title());
+    } else if (const auto failure = RestaurantFailure(form.vsfRestaurant)) {
+        services_.messageBoxes->Show(*failure, host::MessageStyle::Information,
+                                     host::MessageButtons::Ok, services_.application->Title());
+    }
+    return form;
+}
+
 std::string SettingsEditor::ZoneMessage(const std::string& zone) {
     return texts::kZoneFailure + zone + "'";
 }

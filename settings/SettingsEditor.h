@@ -65,6 +65,10 @@ public:
     // Fills the controls zone by zone; when a zone cannot be shown, loading stops there and its
     // key comes back in `failedZone` (later zones stay empty).
     SettingsForm Load(const KitraConnectorSetting& setting, std::string* failedZone) const;
+    // Opening the dialog: Load, then the first thing the user must hear about what was loaded,
+    // in a message box: the zone that could not be shown (plain), else a restaurant check's
+    // failure (information icon).
+    SettingsForm Open(const KitraConnectorSetting& setting) const;
     // The message that names a zone that could not be loaded.
     static std::string ZoneMessage(const std::string& zone);
 

@@ -17,12 +17,16 @@
 #include <QVBoxLayout>
 
 #include "core/Numbers.h"
+#include "settings/DialogTexts.h"
 #include "settings/qt/TwoColumnCombo.h"
 
 namespace kitra {
 namespace {
 
+namespace captions = dialog_texts::restaurant_captions;
+
 QString Q(const std::string& text) { return QString::fromStdString(text); }
+QString Caption(const char* text) { return QString::fromUtf8(text); }
 std::string S(const QString& text) { return text.toStdString(); }
 
 QDate ToQDate(const DateTime& d) { return QDate(d.year, d.month, d.day); }
@@ -73,14 +77,14 @@ frmAddRestaurant::frmAddRestaurant(const host::HostServices& services, QWidget* 
       cboWorkstation_(new TwoColumnCombo("cboWorkstation", {0, 150}, this)),
       numDefaultSupplierID_(new QDoubleSpinBox(this)),
       stfDefaultSupplierID_(new QLabel(this)),
-      chkStockManagement_(new QCheckBox(QStringLiteral("Gerir stocks"), this)),
+      chkStockManagement_(new QCheckBox(Caption(captions::kStockManagement), this)),
       dtpEntityImport_(new QDateEdit(this)),
       dtpTransactionsImport_(new QDateEdit(this)),
       dtpEntityImportTime_(new QTimeEdit(this)),
       dtpTransactionsImportTime_(new QTimeEdit(this)),
       cmdOk_(Button("cmdOk", "OK", this)),
       cmdCancel_(Button("cmdCancel", "Cancelar", this)),
-      cmdTestConnection_(Button("cmdTestConnection", "Testar ligação", this)),
+      cmdTestConnection_(Button("cmdTestConnection", captions::kTestConnection, this)),
       cmdSearchSupplier_(Button("cmdSearchSupplier", "...", this)) {
     setObjectName(QStringLiteral("frmAddRestaurant"));
     setWindowTitle(Q(editor_.Title()));
@@ -113,32 +117,32 @@ frmAddRestaurant::frmAddRestaurant(const host::HostServices& services, QWidget* 
     cboWorkstation_->SetEntries(editor_.WorkstationList());
 
     auto* form = new QFormLayout;
-    form->addRow(QStringLiteral("Nome:"), txtName_);
-    form->addRow(QStringLiteral("Servidor:"), txtServerName_);
-    form->addRow(QStringLiteral("Porta:"), txtServerPort_);
-    form->addRow(QStringLiteral("Base de dados:"), txtServerDB_);
-    form->addRow(QStringLiteral("Utilizador:"), txtServerUser_);
-    form->addRow(QStringLiteral("Palavra-passe:"), txtServerPwd_);
+    form->addRow(Caption(captions::kName), txtName_);
+    form->addRow(Caption(captions::kServer), txtServerName_);
+    form->addRow(Caption(captions::kPort), txtServerPort_);
+    form->addRow(Caption(captions::kDatabase), txtServerDB_);
+    form->addRow(Caption(captions::kUser), txtServerUser_);
+    form->addRow(Caption(captions::kPassword), txtServerPwd_);
     form->addRow(QString(), cmdTestConnection_);
-    form->addRow(QStringLiteral("Prefixo dos artigos:"), txtItemIDPrefix_);
-    form->addRow(QStringLiteral("Armazém:"), cboDefaultWarehouseID_);
-    form->addRow(QStringLiteral("Armazém de quebras:"), cboWasteWarehouseID_);
-    form->addRow(QStringLiteral("Posto:"), cboWorkstation_);
+    form->addRow(Caption(captions::kItemPrefix), txtItemIDPrefix_);
+    form->addRow(Caption(captions::kWarehouse), cboDefaultWarehouseID_);
+    form->addRow(Caption(captions::kWasteWarehouse), cboWasteWarehouseID_);
+    form->addRow(Caption(captions::kWorkstation), cboWorkstation_);
     auto* supplier = new QHBoxLayout;
     supplier->addWidget(numDefaultSupplierID_);
     supplier->addWidget(cmdSearchSupplier_);
     supplier->addWidget(stfDefaultSupplierID_, 1);
-    form->addRow(QStringLiteral("Fornecedor:"), supplier);
-    form->addRow(QStringLiteral("Série:"), cboTransSerial_);
+    form->addRow(Caption(captions::kSupplier), supplier);
+    form->addRow(Caption(captions::kSeries), cboTransSerial_);
     form->addRow(QString(), chkStockManagement_);
     auto* entities = new QHBoxLayout;
     entities->addWidget(dtpEntityImport_);
     entities->addWidget(dtpEntityImportTime_);
-    form->addRow(QStringLiteral("Última importação de entidades:"), entities);
+    form->addRow(Caption(captions::kEntitiesImport), entities);
     auto* transactions = new QHBoxLayout;
     transactions->addWidget(dtpTransactionsImport_);
     transactions->addWidget(dtpTransactionsImportTime_);
-    form->addRow(QStringLiteral("Última importação de transacções:"), transactions);
+    form->addRow(Caption(captions::kTransactionsImport), transactions);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(cmdOk_);
@@ -236,7 +240,7 @@ void frmAddRestaurant::Ok() {
 void frmAddRestaurant::SearchSupplier() {
     QDialog search(this);
     search.setObjectName(QStringLiteral("frmSearchSupplier"));
-    search.setWindowTitle(QStringLiteral("Fornecedores"));
+    search.setWindowTitle(Caption(captions::kSuppliers));
     auto* text = new QLineEdit(&search);
     text->setObjectName(QStringLiteral("txtSearch"));
     auto* list = new QListWidget(&search);
@@ -250,7 +254,7 @@ void frmAddRestaurant::SearchSupplier() {
         list->clear();
         for (const host::Supplier& supplier : editor_.SearchSuppliers(S(wanted))) {
             auto* item = new QListWidgetItem(
-                Q(FormatHostNumber(supplier.SupplierID) + " - " + supplier.OrganizationName), list);
+                Q(RestaurantEditor::SupplierEntry(supplier)), list);
             item->setData(Qt::UserRole, supplier.SupplierID);
         }
         if (list->count() > 0) list->setCurrentRow(0);

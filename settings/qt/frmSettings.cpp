@@ -400,19 +400,7 @@ SettingsForm frmSettings::Form() const {
     return form;
 }
 
-void frmSettings::Open(const KitraConnectorSetting& setting) {
-    std::string failedZone;
-    const SettingsForm form = editor_.Load(setting, &failedZone);
-    Fill(form);
-    if (services_.messageBoxes == nullptr) return;
-    if (!failedZone.empty()) {
-        services_.messageBoxes->Show(SettingsEditor::ZoneMessage(failedZone), host::MessageStyle::Plain,
-                                     host::MessageButtons::Ok, services_.application->Title());
-    } else if (const auto failure = editor_.RestaurantFailure(form.vsfRestaurant)) {
-        services_.messageBoxes->Show(*failure, host::MessageStyle::Information,
-                                     host::MessageButtons::Ok, services_.application->Title());
-    }
-}
+void frmSettings::Open(const KitraConnectorSetting& setting) { Fill(editor_.Open(setting)); }
 
 bool frmSettings::Edit(KitraConnectorSetting& setting) {
     Open(setting);
