@@ -13,6 +13,9 @@ std::string KitraLogViewer::Title() const {
 
 void KitraLogViewer::Load() {
     grid_.ClearRows();
+    // A back office that has never imported has no log table yet: its list is empty, not an
+    // error. The table is made as the first import would make it.
+    log_.CheckOrCreateKitraLogTable();
     // The date is shown as the recordset gives it: a date, in the host's general date form.
     const TextConventions conventions = HostTextConventions(*services_.application);
     ado::Recordset rs = log_.GetKitraLogRS();

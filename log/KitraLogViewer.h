@@ -30,7 +30,8 @@ public:
 
     // The list's caption, from the host.
     std::string Title() const;
-    // Fills the grid from the log table: one row per import, newest first.
+    // Fills the grid from the log table: one row per import, newest first (none, and the table
+    // made, in a back office that has never imported).
     void Load();
     // The log of a data row, with its contents; nothing for a row that is not a data row, for a
     // row that is no longer in the table, or when the read failed (the failure is shown).

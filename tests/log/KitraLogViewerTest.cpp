@@ -112,6 +112,15 @@ TEST_F(KitraLogViewerTest, ARowNoLongerInTheTableOpensNothingAndSaysNothing) {
     EXPECT_TRUE(office.boxes.shown.empty());
 }
 
+TEST_F(KitraLogViewerTest, ABackOfficeThatNeverImportedShowsAnEmptyList) {
+    DropTable();
+    grid.rows = {{"velha", "linha"}};
+    viewer.Load();
+    EXPECT_TRUE(grid.rows.empty());
+    EXPECT_TRUE(office.boxes.shown.empty());
+    EXPECT_EQ(TableRows(), 0);  // the table is there now
+}
+
 TEST_F(KitraLogViewerTest, AFailedReadShowsTheWarningAndOpensNothing) {
     SaveFive();
     viewer.Load();

@@ -9,7 +9,8 @@
 //                                          module's life count
 //   kitra-windows-host DATA load FILE      LoadDefaults with the file's text; prints what it stored
 //   kitra-windows-host DATA validate       ValidateSettings and the messages it showed
-//   kitra-windows-host DATA dialogs        Config and ShowTrace, which say there are no windows
+//   kitra-windows-host DATA dialogs        Config and ShowTrace, their windows driven by a user at
+//                                          the screen (a second thread): Cancel, then OK, then Sair
 //   kitra-windows-host DATA execute        Execute (one import run), its statuses and messages
 //   kitra-windows-host DATA reset          ResetData
 // Exits 0 when every check of the command held, 1 when one failed, 2 on a usage error.
@@ -37,6 +38,13 @@
 #include "core/Error.h"
 #include "core/Text.h"
 #include "host/HostBusinessLayer.h"
+#include "log/DSOKitraLog.h"
+#include "log/KitraLogContents.h"
+#include "log/KitraLogViewer.h"
+#include "log/win32/ControlIds.h"
+#include "settings/DialogTexts.h"
+#include "settings/win32/ControlIds.h"
+#include "tests/windows/UserAtTheScreen.h"
 
 namespace {
 
@@ -250,6 +258,98 @@ int Identity() {
     return failures == 0 ? 0 : 1;
 }
 
+// Config and ShowTrace as a host's menu calls them: the dialog opens modally on this thread
+// while the user at the screen works it.
+int Dialogs(backoffice::BackOffice& office, const host::HostServices& services,
+            backoffice::RecordingMessageBoxes& boxes) {
+    using testing::UserAtTheScreen;
+    const auto stored = [&] {
+        return office.settingsStore.StoredText(backoffice::kSettingsKey1, backoffice::kSettingsKey2)
+            .value_or("");
+    };
+    const std::string settingsTitle = services.application->Text(dialog_texts::kSettingsTitle);
+    const std::string before = stored();
+    const std::size_t versions =
+        office.settingsStore.History(backoffice::kSettingsKey1, backoffice::kSettingsKey2).size();
+    Connector connector;
+
+    // Cancel: False, and nothing stored.
+    std::string firstRestaurant;
+    {
+        UserAtTheScreen user([&](UserAtTheScreen& u) {
+            HWND dialog = u.WaitForDialog(settingsTitle);
+            firstRestaurant = u.Cell(dialog, win32::IDC_vsfRestaurant, 0, 0);
+            u.Click(dialog, win32::IDC_cmdCancel);
+        });
+        VARIANT_BOOL accepted = VARIANT_TRUE;
+        Check(connector->Config(&accepted), "Config");
+        const std::string failure = user.Failure();
+        Expect(failure.empty(), "o utilizador trabalhou a janela de configuração" +
+                                    (failure.empty() ? std::string() : ": " + failure));
+        Expect(accepted == VARIANT_FALSE, "Config cancelado devolve Falso");
+    }
+    Expect(!firstRestaurant.empty(), "a janela mostra os restaurantes guardados (" + firstRestaurant + ")");
+    Expect(stored() == before, "Cancelar não guarda nada");
+
+    // OK after a look at the first restaurant in its editor: True, and the settings stored again.
+    std::string editedName;
+    {
+        UserAtTheScreen user([&](UserAtTheScreen& u) {
+            HWND dialog = u.WaitForDialog(settingsTitle);
+            u.SelectRows(dialog, win32::IDC_vsfRestaurant, {0});
+            u.ClickToOpen(dialog, win32::IDC_btnEditRestaurant);
+            HWND editor = u.WaitForDialog(services.application->Text(dialog_texts::kRestaurantTitle));
+            editedName = u.Text(editor, win32::IDC_txtName);
+            u.Click(editor, win32::IDC_cmdCancel);
+            u.WaitUntilClosed(editor);
+            u.Click(dialog, win32::IDC_cmdOk);
+        });
+        VARIANT_BOOL accepted = VARIANT_FALSE;
+        Check(connector->Config(&accepted), "Config");
+        const std::string failure = user.Failure();
+        Expect(failure.empty(), "o utilizador trabalhou a janela de configuração" +
+                                    (failure.empty() ? std::string() : ": " + failure));
+        Expect(accepted == VARIANT_TRUE, "Config aceite devolve Verdadeiro");
+    }
+    Expect(editedName == firstRestaurant, "o editor abre o restaurante escolhido");
+    Expect(office.settingsStore.History(backoffice::kSettingsKey1, backoffice::kSettingsKey2).size() ==
+               versions + 1,
+           "OK guarda as configurações");
+
+    // ShowTrace: the log list of a back office that has imported once; a double click opens
+    // the import's log, then Sair.
+    DSOKitraLog log(services);
+    Expect(log.CheckOrCreateKitraLogTable(), "a tabela do log existe");
+    KitraLog record;
+    record.RestaurantID = "Praça";
+    record.ImportDate = DateTime{2011, 3, 2, 9, 5, 7};
+    record.Contents = "Início da importação\nFim da importação";
+    Expect(log.Save(record), "um log guardado");
+    int rows = -1;
+    std::string contents;
+    {
+        UserAtTheScreen user([&](UserAtTheScreen& u) {
+            HWND list = u.WaitForDialog(services.application->Text(kLogListTitleText));
+            rows = u.RowCount(list, win32::IDC_vsfImportLog);
+            u.DoubleClickCellToOpen(list, win32::IDC_vsfImportLog, 0, 0);
+            HWND shown = u.WaitForDialog(LogContentsCaption(services, record));
+            contents = u.Text(shown, win32::IDC_txtLog);
+            u.Click(shown, win32::IDC_LogContentsOk);
+            u.WaitUntilClosed(shown);
+            u.Click(list, win32::IDC_cmdExit);
+        });
+        Check(connector->ShowTrace(), "ShowTrace");
+        const std::string failure = user.Failure();
+        Expect(failure.empty(), "o utilizador fechou o log de importações" +
+                                    (failure.empty() ? std::string() : ": " + failure));
+    }
+    Expect(rows == 1, "o log de importações mostra a importação");
+    Expect(contents == "Início da importação\r\nFim da importação", "o log da importação abre com o seu texto");
+    PrintBoxes(boxes);
+    Expect(boxes.shown.empty(), "nenhuma janela deu mensagem");
+    return failures == 0 ? 0 : 1;
+}
+
 int Load(backoffice::BackOffice& office, const std::string& file) {
     std::ifstream in(file, std::ios::binary);
     if (!in) throw Error("Não foi possível ler '" + file + "'");
@@ -302,14 +402,7 @@ int main(int argc, char** argv) {
             std::cout << "ValidateSettings = " << YesNo(valid) << "\n";
             PrintBoxes(boxes);
         } else if (command == "dialogs") {
-            Connector connector;
-            VARIANT_BOOL accepted = VARIANT_TRUE;
-            Check(connector->Config(&accepted), "Config");
-            Expect(accepted == VARIANT_FALSE, "Config devolve Falso");
-            Check(connector->ShowTrace(), "ShowTrace");
-            PrintBoxes(boxes);
-            Expect(boxes.shown.size() == 2, "Config e ShowTrace dizem que não há janelas");
-            status = failures == 0 ? 0 : 1;
+            status = Dialogs(office, services, boxes);
         } else if (command == "execute") {
             DispatchNotifier dispatchNotifier;
             {
