@@ -89,15 +89,23 @@ contains "$elsewhere" "/usr/lib/nenhum/POSConnectorKitra.so" "info with another 
 cp "$scratch/registry" "$registry"
 [ -z "$(find "$data" -perm /077)" ] || fail "open to others: $(find "$data" -perm /077)"
 
-# Installed again (an upgrade): the back office and the registrations stay.
+# The administrator enables the nightly timer (the link "systemctl enable" makes).
+wants=/etc/systemd/system/timers.target.wants
+mkdir -p "$wants"
+ln -s /usr/lib/systemd/system/kitra-import.timer "$wants/kitra-import.timer"
+
+# Installed again (an upgrade): the back office, the registrations and the enabled timer stay.
 upgraded="$(dpkg -i --force-depends "$deb" 2>&1)" || fail "dpkg -i again: $upgraded"
 [ -f "$data/backoffice.sqlite" ] || fail "the upgrade lost the back office"
 contains "$(cat "$registry")" "/usr/lib/kitra/POSConnectorKitra.so" "registry after the upgrade"
 odbcinst -q -d -n "$driver" >/dev/null 2>&1 || fail "the upgrade took the driver name away"
+[ -L "$wants/kitra-import.timer" ] || fail "the upgrade disabled the timer"
 
-# Removed: the connector's registration and the driver name (the package added it) go; the
-# back office and the user stay.
+# Removed: the connector's registration, the timer's link and the driver name (the package added
+# it) go; the back office and the user stay.
 removed="$(dpkg -r kitra 2>&1)" || fail "dpkg -r: $removed"
+[ ! -e "$wants/kitra-import.timer" ] && [ ! -L "$wants/kitra-import.timer" ] ||
+  fail "the removal left the timer enabled"
 ! grep -q POSConnectorKitra "$registry" || fail "the connector is still registered"
 ! grep -q KitraBackOffice "$registry" || fail "the back office's class is still registered"
 ! odbcinst -q -d -n "$driver" >/dev/null 2>&1 || fail "the driver name is still registered"
