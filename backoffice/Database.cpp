@@ -53,6 +53,12 @@ std::string FullMessage(const std::filesystem::path& file, std::string_view deta
 
 bool IsDiskFull(int sqliteCode) { return (sqliteCode & 0xff) == SQLITE_FULL; }
 
+std::int64_t SteadyMilliseconds() {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
 }  // namespace
 
 int BusyTimeoutMilliseconds() {
@@ -65,9 +71,34 @@ bool IsLockedByAnother(int sqliteCode) {
     return primary == SQLITE_BUSY || primary == SQLITE_LOCKED;
 }
 
+// ---------------------------------------------------------------- ConnectionUse
+
+ConnectionUse::ConnectionUse(const Database& database, bool commitDueGroup) : database_(database) {
+    database_.use_.lock();
+    taken_ = true;
+    if (database_.useDepth_++ != 0 || !commitDueGroup) return;
+    // The run is back at the connection with a group that is due: the lock goes before
+    // anything else is done. A record held for a refund that may follow is left to its refund
+    // (or to the watch); a commit that fails is kept as the reason the next write fails.
+    Database& connection = const_cast<Database&>(database_);
+    if (connection.held_.active || !connection.GroupDue()) return;
+    try {
+        connection.CommitOpenGroup(0);
+    } catch (...) {
+    }
+}
+
+void ConnectionUse::End() {
+    if (!taken_) return;
+    taken_ = false;
+    if (--database_.useDepth_ == 0) database_.lastUse_ = SteadyMilliseconds();
+    database_.use_.unlock();
+}
+
 // ---------------------------------------------------------------- Statement
 
-Statement::Statement(const Database& database, std::string_view sql) : database_(database) {
+Statement::Statement(const Database& database, std::string_view sql)
+    : database_(database), use_(database) {
     kept_ = database_.TakePrepared(sql);
     if (kept_ != nullptr) {
         statement_ = kept_->statement;
@@ -280,6 +311,7 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
 }
 
 Database::~Database() {
+    StopWatch();
     try {
         ReleaseHeld();
     } catch (...) {
@@ -331,6 +363,7 @@ void Database::GiveBack(std::string&& sql, sqlite3_stmt* statement) const noexce
 }
 
 void Database::Exec(std::string_view sql) {
+    const ConnectionUse use(*this);
     const std::string text(sql);
     char* message = nullptr;
     const int rc = sqlite3_exec(db_, text.c_str(), nullptr, nullptr, &message);
@@ -344,14 +377,21 @@ void Database::Exec(std::string_view sql) {
 }
 
 void Database::EnsureWritable() {
+    const ConnectionUse use(*this);
     ReleaseHeld();
     Exec("BEGIN IMMEDIATE");
     Exec("ROLLBACK");
 }
 
-long Database::Changes() const { return sqlite3_changes(db_); }
+long Database::Changes() const {
+    const ConnectionUse use(*this, false);
+    return sqlite3_changes(db_);
+}
 
-std::int64_t Database::LastInsertKey() const { return sqlite3_last_insert_rowid(db_); }
+std::int64_t Database::LastInsertKey() const {
+    const ConnectionUse use(*this, false);
+    return sqlite3_last_insert_rowid(db_);
+}
 
 int Database::UserVersion() const {
     Statement version(*this, "PRAGMA user_version");
@@ -359,6 +399,7 @@ int Database::UserVersion() const {
 }
 
 Error Database::Failure(int code, std::string_view doing) const {
+    const ConnectionUse use(*this, false);
     const char* message = db_ != nullptr ? sqlite3_errmsg(db_) : sqlite3_errstr(code);
     if (IsLockedByAnother(code)) return Error(LockedMessage(file_, busyTimeoutMilliseconds_, message), code);
     if (IsDiskFull(code)) return Error(FullMessage(file_, message), code);
@@ -368,15 +409,8 @@ Error Database::Failure(int code, std::string_view doing) const {
 
 // ---------------------------------------------------------------- group commit
 
-namespace {
-std::int64_t SteadyMilliseconds() {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(
-               std::chrono::steady_clock::now().time_since_epoch())
-        .count();
-}
-}  // namespace
-
 void Database::SetBusyWait(int milliseconds, std::function<void(int, int)> waiting) {
+    const ConnectionUse use(*this, false);
     busyTimeoutMilliseconds_ = std::max(milliseconds, 0);
     busyWaiting_ = std::move(waiting);
     sqlite3_busy_handler(db_, &Database::OnBusy, this);
@@ -402,10 +436,55 @@ int Database::OnBusy(void* self, int count) {
 }
 
 void Database::BeginGroup(int records, int milliseconds) {
-    CommitGroup();
-    group_.active = true;
-    group_.mostRecords = std::max(records, 1);
-    group_.mostMilliseconds = std::max(milliseconds, 0);
+    StopWatch();
+    {
+        const ConnectionUse use(*this, false);
+        CommitGroup();
+        group_.active = true;
+        group_.mostRecords = std::max(records, 1);
+        group_.mostMilliseconds = std::max(milliseconds, 0);
+    }
+    // Records committed one by one, or a group due at every record's end, hold the lock for no
+    // longer than the record itself: nothing to watch.
+    if (SharesCommits() && group_.mostMilliseconds > 0) {
+        watchStop_ = false;
+        watch_ = std::thread([this] { WatchGroup(); });
+    }
+}
+
+bool Database::GroupDue() const {
+    return group_.open && SteadyMilliseconds() - group_.openedAt >= group_.mostMilliseconds;
+}
+
+void Database::WatchGroup() {
+    // A tenth of a second between looks: the lock is let go that soon after the group is due.
+    constexpr auto kLook = std::chrono::milliseconds(kIdleBeforeWatchMilliseconds);
+    std::unique_lock<std::mutex> watching(watchMutex_);
+    while (!watchWake_.wait_for(watching, kLook, [this] { return watchStop_; })) {
+        // The run is using the connection: it commits a due group itself, at the end of its
+        // record or at its next use.
+        std::unique_lock<std::recursive_mutex> taken(use_, std::try_to_lock);
+        if (!taken.owns_lock() || useDepth_ != 0) continue;
+        if (!GroupDue() || SteadyMilliseconds() - lastUse_ < kIdleBeforeWatchMilliseconds) continue;
+        const ConnectionUse use(*this, false);
+        try {
+            CommitGroup();
+        } catch (...) {
+            // A group that could not be committed is kept as the reason the run's next write
+            // fails (RefuseAfterLostGroup); a held record that failed at its end was rolled back
+            // and is imported again by the next run.
+        }
+    }
+}
+
+void Database::StopWatch() {
+    if (!watch_.joinable()) return;
+    {
+        const std::lock_guard<std::mutex> stopping(watchMutex_);
+        watchStop_ = true;
+    }
+    watchWake_.notify_all();
+    watch_.join();
 }
 
 void Database::RefuseAfterLostGroup() const {
@@ -430,11 +509,13 @@ void Database::RecordSaved() {
 }
 
 void Database::CommitGroup() {
+    const ConnectionUse use(*this, false);
     ReleaseHeld();
     CommitOpenGroup(0);
 }
 
 void Database::ReleaseHeld() {
+    const ConnectionUse use(*this, false);
     if (!held_.active) return;
     const bool savepoint = held_.savepoint;
     const std::function<void()> atEnd = std::move(held_.atEnd);
@@ -507,6 +588,8 @@ void Database::FitCacheToFile() {
 }
 
 void Database::EndGroup() {
+    StopWatch();
+    const ConnectionUse use(*this, false);
     group_.active = false;
     CommitGroup();
 }
@@ -521,11 +604,13 @@ GroupedCommits::~GroupedCommits() {
 
 // ---------------------------------------------------------------- Transaction
 
-Transaction::Transaction(Database& database, TransactionKind kind) : database_(database) {
+Transaction::Transaction(Database& database, TransactionKind kind)
+    : database_(database), use_(database) {
     Begin(kind);
 }
 
-Transaction::Transaction(Database& database, std::int64_t heldTag) : database_(database) {
+Transaction::Transaction(Database& database, std::int64_t heldTag)
+    : database_(database), use_(database) {
     if (database_.HoldsRecord(heldTag)) {
         savepoint_ = database_.held_.savepoint;
         database_.held_ = Database::Held{};
@@ -563,6 +648,7 @@ void Transaction::Hold(std::int64_t tag, std::function<void()> atEnd) {
     database_.ReleaseHeld();  // never two: a transaction is open only while nothing is held
     database_.held_ = Database::Held{true, savepoint_, tag, std::move(atEnd)};
     open_ = false;
+    use_.End();
 }
 
 void Transaction::Commit() {
@@ -570,10 +656,12 @@ void Transaction::Commit() {
         database_.Exec("RELEASE record");
         open_ = false;
         database_.RecordSaved();
+        use_.End();
         return;
     }
     database_.Exec("COMMIT");
     open_ = false;
+    use_.End();
 }
 
 // ---------------------------------------------------------------- identifiers

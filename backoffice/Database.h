@@ -3,10 +3,13 @@
 // values as parameters, and write transactions. Every connection is set up the same way: WAL
 // journal (readers never wait for the writer), synchronous=NORMAL, foreign keys on, and a busy
 // timeout so that a second program on the same back office waits instead of failing.
+#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -34,6 +37,24 @@ int BusyTimeoutMilliseconds();
 bool IsLockedByAnother(int sqliteCode);
 
 class Database;
+
+// The connection taken by one of its users, the run's thread or the group's watch (see
+// Database::BeginGroup), from its start to End() or its end; a use may nest in another of the
+// same thread. The outermost use of the run's thread first commits a group that is due, unless
+// a record is held.
+class ConnectionUse {
+public:
+    explicit ConnectionUse(const Database& database, bool commitDueGroup = true);
+    ~ConnectionUse() { End(); }
+    ConnectionUse(const ConnectionUse&) = delete;
+    ConnectionUse& operator=(const ConnectionUse&) = delete;
+    // Lets the connection go now.
+    void End();
+
+private:
+    const Database& database_;
+    bool taken_ = false;
+};
 
 // A prepared statement the connection keeps for its text, and whether a Statement uses it now.
 struct KeptStatement {
@@ -76,6 +97,8 @@ public:
 
 private:
     const Database& database_;
+    // The connection is this statement's from its start to its end.
+    ConnectionUse use_;
     sqlite3_stmt* statement_ = nullptr;
     // The connection's kept statement this one is, or null when it was prepared for this use
     // alone (then `sql_` holds its text, for the keeping when it ends).
@@ -125,6 +148,12 @@ public:
     // it stands on its own. When a group cannot be committed, what it held is lost: that
     // commit fails with a message saying so, and so does every later write of the connection,
     // so that nothing written after it (an import's dates, say) claims what was not stored.
+    //
+    // The open group holds the back office's write lock, which another program waits for. So a
+    // group that is `milliseconds` old is committed without waiting for the next record: at
+    // the end of the record being saved, at the connection's next use, or, while the run is
+    // away from the back office (reading a restaurant, waiting for its server), by a watch of
+    // the connection's own once the run has left it alone for kIdleBeforeWatchMilliseconds.
     void BeginGroup(int records, int milliseconds);
     void CommitGroup();
     void EndGroup();
@@ -137,6 +166,11 @@ public:
     // will wait). A run has time to wait for a back-office job where a command has not.
     void SetBusyWait(int milliseconds, std::function<void(int, int)> waiting);
 
+    // How long the run must have left the connection alone before the group's watch commits a
+    // group that is due (a record held for a refund that may follow is ended with it): long
+    // enough that the watch never steps in between the reads and the writes of one save.
+    static constexpr int kIdleBeforeWatchMilliseconds = 100;
+
     // Whether a record's transaction is held open under `tag` (see Transaction::Hold).
     bool HoldsRecord(std::int64_t tag) const { return held_.active && held_.tag == tag; }
     // Ends the held record, if any: runs what its holder asked to be done at its end, inside
@@ -147,6 +181,12 @@ public:
 private:
     friend class Statement;
     friend class Transaction;
+    friend class ConnectionUse;
+    // Whether the open group is as old as a group may be.
+    bool GroupDue() const;
+    // The watch's loop: commits a due group while the run leaves the connection alone.
+    void WatchGroup();
+    void StopWatch();
     // Opens the group's write transaction when none is open (a record is about to be saved).
     void OpenGroup();
     // A record of the group was saved: commits when the group is due.
@@ -173,6 +213,16 @@ private:
     int busyTimeoutMilliseconds_ = kBusyTimeoutMilliseconds;
     std::int64_t cacheKib_ = 0;  // the page cache's size as last set (FitCacheToFile)
     std::function<void(int, int)> busyWaiting_;
+    // Who uses the connection now (see ConnectionUse): SQLite's connection is opened for one
+    // thread at a time, and the group's state goes with it.
+    mutable std::recursive_mutex use_;
+    mutable int useDepth_ = 0;
+    mutable std::int64_t lastUse_ = 0;  // steady clock, milliseconds: when the last use ended
+    // The group's watch, from BeginGroup to EndGroup when records share commits.
+    std::thread watch_;
+    std::mutex watchMutex_;
+    std::condition_variable watchWake_;
+    bool watchStop_ = false;
     std::int64_t busySince_ = 0;      // steady clock, milliseconds: when the wait began
     int busyToldSeconds_ = 0;         // when the waiting was last told
     static int OnBusy(void* database, int count);
@@ -238,6 +288,8 @@ private:
     void Begin(TransactionKind kind);
 
     Database& database_;
+    // The connection is the transaction's from its start to its end; a held record lets it go.
+    ConnectionUse use_;
     bool open_ = true;
     bool savepoint_ = false;
     bool continued_ = false;

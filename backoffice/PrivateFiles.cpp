@@ -58,24 +58,37 @@ std::vector<std::string> AccessWarnings(const fs::path& dataFolder) {
         const char* name;
         bool folder;
         const char* open;  // the adjective agreeing with the name
+        // What closes it: "chmod MODE " and this. SQLite makes the -wal and -shm files beside
+        // the database while a program has it open (`check` itself, too) and deletes them when
+        // the last one closes it, so a command naming them would fail once pasted: the
+        // database's files are named by one pattern that always finds the database itself.
+        std::string closing;
     };
     std::error_code ignored;
     const fs::path data = fs::absolute(dataFolder, ignored);
     const fs::path database = BackOffice::FileIn(data);
+    const std::string databaseFiles = Quoted(database.string()) + "*";
     const Part parts[] = {
-        {data, "A pasta de dados", true, "aberta"},
-        {database, "A base de dados", false, "aberta"},
-        {database.string() + "-wal", "O ficheiro", false, "aberto"},
-        {database.string() + "-shm", "O ficheiro", false, "aberto"},
-        {data / kRunLockFileName, "O ficheiro de bloqueio", false, "aberto"},
-        {data / "logs", "A pasta de registos", true, "aberta"},
+        {data, "A pasta de dados", true, "aberta", Quoted(data.string())},
+        {database, "A base de dados", false, "aberta", databaseFiles},
+        {database.string() + "-wal", "O ficheiro", false, "aberto", databaseFiles},
+        {database.string() + "-shm", "O ficheiro", false, "aberto", databaseFiles},
+        {data / kRunLockFileName, "O ficheiro de bloqueio", false, "aberto",
+         Quoted((data / kRunLockFileName).string())},
+        {data / "logs", "A pasta de registos", true, "aberta", Quoted((data / "logs").string())},
     };
     std::vector<std::string> warnings;
+    bool databaseOpen = false;
     for (const Part& part : parts) {
         struct stat status {};
         if (::lstat(part.path.c_str(), &status) != 0) continue;
         const mode_t others = status.st_mode & kOthersAccess;
         if (others == 0) continue;
+        // SQLite gives the -wal and -shm files the database's mode: the database's line and its
+        // command cover them.
+        const bool databasePart = part.closing == databaseFiles;
+        if (databasePart && databaseOpen) continue;
+        databaseOpen = databaseOpen || databasePart;
         const bool readable = (others & (S_IRGRP | S_IROTH)) != 0;
         const bool writable = (others & (S_IWGRP | S_IWOTH)) != 0;
         const char* access = readable && writable ? "ler e alterar"
@@ -87,7 +100,7 @@ std::vector<std::string> AccessWarnings(const fs::path& dataFolder) {
             "{}); a retaguarda guarda as palavras-passe dos restaurantes e só o dono a deve ler. "
             "Corrija com: chmod {} {}",
             part.name, part.path.string(), part.open, status.st_mode & 07777, access,
-            part.folder ? "700" : "600", Quoted(part.path.string())));
+            part.folder ? "700" : "600", part.closing));
     }
     return warnings;
 }

@@ -34,8 +34,10 @@ void MakePrivateFolder(const std::filesystem::path& folder, const std::string& w
 void MakePrivateFile(const std::filesystem::path& file);
 
 // One warning per part of the back office in the data folder (the folder, the database and its
-// -wal and -shm, the log folder, the run lock) that the group or others may read or write; the
-// parts that are not there are left out.
+// -wal and -shm, the log folder, the run lock) that the group or others may read or write, each
+// with a command that closes it; the parts that are not there are left out. The database and
+// the -wal and -shm files SQLite keeps beside it while it is open are one part, closed by one
+// command that works whether those two are still there when it is pasted or not.
 std::vector<std::string> AccessWarnings(const std::filesystem::path& dataFolder);
 
 }  // namespace kitra::backoffice

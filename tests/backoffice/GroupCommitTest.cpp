@@ -4,8 +4,11 @@
 // is committed.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <string>
+#include <thread>
 
 #include "backoffice/Database.h"
 #include "core/Error.h"
@@ -148,6 +151,68 @@ TEST_F(GroupCommit, WithoutAGroupEveryRecordIsCommittedAtOnce) {
     SaveRecord(1);
     EXPECT_EQ(CommittedChildren(), 1);
     EXPECT_FALSE(Db().Grouping());
+}
+
+// Another program's write, as `kitra-host warehouse add` makes it, on a connection of its own
+// that waits `busyMilliseconds` at most for the lock: whether it went in.
+bool AnotherProgramWrites(const std::filesystem::path& file, int busyMilliseconds) {
+    Database other(file, Database::OpenMode::Existing);
+    other.SetBusyWait(busyMilliseconds, {});
+    try {
+        Transaction own(other);
+        Statement(other, "INSERT INTO parent (id) SELECT MAX(id) + 1 FROM parent").Run();
+        own.Commit();
+        return true;
+    } catch (const Error& error) {
+        ADD_FAILURE() << error.Description();
+        return false;
+    }
+}
+
+// The run saved a record and went to read its restaurant: the group is committed once it is as
+// old as a group may be, without waiting for the run's next record, so another program's write
+// goes in well within its busy time-out.
+TEST_F(GroupCommit, AnotherProgramWaitsNoLongerThanTheGroupWhileTheRunIsAway) {
+    GroupedCommits grouped(Db(), 1000, 200);
+    SaveRecord(1);
+    EXPECT_TRUE(AnotherProgramWrites(office_.File(), 10000));
+    EXPECT_EQ(CommittedChildren(), 1);
+    // The run goes on with a group of its own.
+    SaveRecord(2);
+    SaveRecord(3);
+    grouped.End();
+    EXPECT_EQ(CommittedChildren(), 3);
+}
+
+// A record held because its refund may follow is ended with the group, as by any other write.
+TEST_F(GroupCommit, ARecordHeldWhileTheRunIsAwayIsEndedWithTheGroup) {
+    GroupedCommits grouped(Db(), 1000, 200);
+    bool ended = false;
+    {
+        Transaction record(Db(), TransactionKind::Record);
+        Statement(Db(), "INSERT INTO child (id, parent) VALUES (1, 1)").Run();
+        record.Hold(7, [&] { ended = true; });
+    }
+    EXPECT_TRUE(AnotherProgramWrites(office_.File(), 10000));
+    EXPECT_EQ(CommittedChildren(), 1);
+    grouped.End();
+    EXPECT_TRUE(ended);
+}
+
+// Only between records: a record being saved is never cut by the group's commit.
+TEST_F(GroupCommit, ARecordBeingSavedIsCommittedWholeAtItsEnd) {
+    GroupedCommits grouped(Db(), 1000, 50);
+    {
+        Transaction record(Db(), TransactionKind::Record);
+        Statement(Db(), "INSERT INTO child (id, parent) VALUES (1, 1)").Run();
+        std::this_thread::sleep_for(std::chrono::milliseconds(400));
+        EXPECT_EQ(CommittedChildren(), 0);
+        Statement(Db(), "INSERT INTO child (id, parent) VALUES (2, 1)").Run();
+        record.Commit();
+    }
+    // Due at its end: committed there.
+    EXPECT_EQ(CommittedChildren(), 2);
+    grouped.End();
 }
 
 // SQLite's page cache of a connection, in KiB (the pragma gives KiB as a negative number).

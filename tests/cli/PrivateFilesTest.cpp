@@ -7,8 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "backoffice/BackOffice.h"
 #include "backoffice/SettingsDocument.h"
@@ -118,6 +120,39 @@ TEST_P(PrivateFilesTest, CheckWarnsAboutABackOfficeOthersCanRead) {
     fs::permissions(Data(), fs::perms::owner_all);
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
     EXPECT_NE(Run("check --json").out.find("\"backOfficeWarnings\":[]"), std::string::npos);
+}
+
+// What `check` says to paste works when it is pasted, after `check` ended: the -wal and -shm
+// files its own connection made are gone by then.
+TEST_P(PrivateFilesTest, CheckCommandsWorkWhenPasted) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    const fs::path database = backoffice::BackOffice::FileIn(Data());
+    fs::permissions(Data(), fs::perms::group_read | fs::perms::group_exec, fs::perm_options::add);
+    fs::permissions(Data() / "logs", fs::perms::others_read | fs::perms::others_exec,
+                    fs::perm_options::add);
+    fs::permissions(database, fs::perms::group_read | fs::perms::others_read, fs::perm_options::add);
+
+    const HostResult check = Run("check");
+    EXPECT_EQ(check.exit, 3);
+    EXPECT_NE(check.out.find("AVISO: A base de dados '" + database.string() + "' está aberta"),
+              std::string::npos)
+        << check.out;
+    std::vector<std::string> commands;
+    const std::string fix = "Corrija com: ";
+    for (std::size_t line = check.out.find("AVISO: "); line != std::string::npos;
+         line = check.out.find("AVISO: ", line + 1)) {
+        const std::size_t end = check.out.find('\n', line);
+        const std::size_t at = check.out.find(fix, line);
+        if (at == std::string::npos || at > end) continue;
+        commands.push_back(check.out.substr(at + fix.size(), end - at - fix.size()));
+    }
+    // The folder, the log folder and the database's files: one command each.
+    ASSERT_EQ(commands.size(), 3u) << check.out;
+    for (const std::string& command : commands) {
+        EXPECT_EQ(std::system((command + " 2>&1").c_str()), 0) << command;
+    }
+    EXPECT_NE(Run("check --json").out.find("\"backOfficeWarnings\":[]"), std::string::npos);
+    EXPECT_EQ(ModeOf(database), 0600u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Umasks, PrivateFilesTest, ::testing::Values(mode_t{022}, mode_t{000}),

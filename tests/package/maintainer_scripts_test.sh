@@ -42,9 +42,25 @@ driver="MySQL ODBC 5.1 Driver"
 registry=/etc/kitra/components.registry
 data=/var/lib/kitra/backoffice
 
-# A machine without the driver name, and without anything of the package.
+# A machine without the driver name, and without anything of the package, whatever this machine
+# keeps of an earlier installation (its removal keeps the user kitra and the back office by
+# design): they are taken out of the overlays only.
+for folder in etc var; do
+  findmnt -n -o OPTIONS --mountpoint "/$folder" | tail -n 1 | grep -qF "upperdir=$scratch/$folder-upper" ||
+    fail "/$folder is not the scratch overlay"
+done
+if [ "$(dpkg-query -W -f='${db:Status-Status}' kitra 2>/dev/null || true)" != not-installed ] &&
+   dpkg-query -W kitra >/dev/null 2>&1; then
+  dpkg --purge --force-depends kitra >/dev/null 2>&1 || fail "could not purge the machine's own kitra"
+fi
+for file in /etc/passwd /etc/shadow /etc/group /etc/gshadow; do
+  if [ -f "$file" ] && grep -q '^kitra:' "$file"; then sed -i '/^kitra:/d' "$file"; fi
+done
+rm -rf /var/lib/kitra /etc/kitra
 if odbcinst -q -d -n "$driver" >/dev/null 2>&1; then odbcinst -u -d -n "$driver" >/dev/null; fi
-if getent passwd kitra >/dev/null; then fail "this machine already has a user kitra"; fi
+if getent passwd kitra >/dev/null || getent group kitra >/dev/null; then
+  fail "the user kitra is still known (from outside /etc/passwd?): $(getent passwd kitra)"
+fi
 
 installed="$(dpkg -i --force-depends "$deb" 2>&1)" || fail "dpkg -i: $installed"
 getent passwd kitra | grep -q ":$data:/usr/sbin/nologin$" || fail "user kitra: $(getent passwd kitra)"
@@ -73,15 +89,23 @@ contains "$elsewhere" "/usr/lib/nenhum/POSConnectorKitra.so" "info with another 
 cp "$scratch/registry" "$registry"
 [ -z "$(find "$data" -perm /077)" ] || fail "open to others: $(find "$data" -perm /077)"
 
-# Installed again (an upgrade): the back office and the registrations stay.
+# The administrator enables the nightly timer (the link "systemctl enable" makes).
+wants=/etc/systemd/system/timers.target.wants
+mkdir -p "$wants"
+ln -s /usr/lib/systemd/system/kitra-import.timer "$wants/kitra-import.timer"
+
+# Installed again (an upgrade): the back office, the registrations and the enabled timer stay.
 upgraded="$(dpkg -i --force-depends "$deb" 2>&1)" || fail "dpkg -i again: $upgraded"
 [ -f "$data/backoffice.sqlite" ] || fail "the upgrade lost the back office"
 contains "$(cat "$registry")" "/usr/lib/kitra/POSConnectorKitra.so" "registry after the upgrade"
 odbcinst -q -d -n "$driver" >/dev/null 2>&1 || fail "the upgrade took the driver name away"
+[ -L "$wants/kitra-import.timer" ] || fail "the upgrade disabled the timer"
 
-# Removed: the connector's registration and the driver name (the package added it) go; the
-# back office and the user stay.
+# Removed: the connector's registration, the timer's link and the driver name (the package added
+# it) go; the back office and the user stay.
 removed="$(dpkg -r kitra 2>&1)" || fail "dpkg -r: $removed"
+[ ! -e "$wants/kitra-import.timer" ] && [ ! -L "$wants/kitra-import.timer" ] ||
+  fail "the removal left the timer enabled"
 ! grep -q POSConnectorKitra "$registry" || fail "the connector is still registered"
 ! grep -q KitraBackOffice "$registry" || fail "the back office's class is still registered"
 ! odbcinst -q -d -n "$driver" >/dev/null 2>&1 || fail "the driver name is still registered"
