@@ -66,6 +66,52 @@ TEST(LineCalculation, AValueGivenBeforehandIsReplacedByTheCalculation) {
     EXPECT_DOUBLE_EQ(line.Value, 2);
 }
 
+TEST(LineCalculation, AValueTheSourceGaveIsKeptAndTheVatTakenOutOfIt) {
+    // A weighed item the host lacks: the restaurant's 1500 grams stay 1500, and 1500 × 10,00
+    // would price the line at 15.000,00; the restaurant sold it for 15,00.
+    TransactionLine line = Line(1500, 10);
+    line.GivenValueHundredths = 1500;
+    CalculateLine(line, true, 13);
+    EXPECT_DOUBLE_EQ(line.Value, 15);
+    EXPECT_DOUBLE_EQ(line.TotalWithTax, 15);
+    EXPECT_DOUBLE_EQ(line.NetValue, 13.27);
+    EXPECT_DOUBLE_EQ(line.TaxValue, 1.73);
+    EXPECT_DOUBLE_EQ(line.GrossValue, 15);
+    EXPECT_DOUBLE_EQ(line.DiscountAmount, 0);
+    EXPECT_DOUBLE_EQ(line.Quantity, 1500);
+}
+
+TEST(LineCalculation, AValueTheSourceGaveKeepsTheDiscountItGave) {
+    TransactionLine amount = Line(2, 5, 10, 1);
+    amount.GivenValueHundredths = 900;
+    CalculateLine(amount, true, 23);
+    EXPECT_DOUBLE_EQ(amount.TotalWithTax, 9);
+    EXPECT_DOUBLE_EQ(amount.DiscountAmount, 1);
+    EXPECT_DOUBLE_EQ(amount.GrossValue, 10);
+    // Only a percentage: the discount is what took the line down to its value.
+    TransactionLine percent = Line(1, 10, 10);
+    percent.GivenValueHundredths = 900;
+    CalculateLine(percent, true, 23);
+    EXPECT_DOUBLE_EQ(percent.TotalWithTax, 9);
+    EXPECT_DOUBLE_EQ(percent.DiscountAmount, 1);
+    EXPECT_DOUBLE_EQ(percent.GrossValue, 10);
+    // A value of 0 given is 0, whatever quantity and price say.
+    TransactionLine offered = Line(3, 2);
+    offered.GivenValueHundredths = 0;
+    CalculateLine(offered, true, 23);
+    EXPECT_DOUBLE_EQ(offered.TotalWithTax, 0);
+    EXPECT_DOUBLE_EQ(offered.TaxValue, 0);
+}
+
+TEST(LineCalculation, AValueTheSourceGaveWithoutVatHasTheVatAdded) {
+    TransactionLine line = Line(1500, 1);
+    line.GivenValueHundredths = 300;
+    CalculateLine(line, false, 6);
+    EXPECT_DOUBLE_EQ(line.NetValue, 3);
+    EXPECT_DOUBLE_EQ(line.TotalWithTax, 3.18);
+    EXPECT_DOUBLE_EQ(line.TaxValue, 0.18);
+}
+
 TEST(DocumentCalculation, VatIsCalculatedOncePerTaxableGroup) {
     host::Transaction document;
     // Three lines of 0,10 at 23 %: per line 0,08 + 0,02; on their sum 0,24 + 0,06.
