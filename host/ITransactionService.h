@@ -95,6 +95,10 @@ struct Transaction {
     std::string DocumentTypeID;
     std::string SeriesID;
     std::int32_t DocumentNumber = 0;  // 0: the host gives the series' next free number on save
+    // The source record's own key (a restaurant transaction's UID), or empty. A document whose
+    // source gives no number is found again by it, so that two such documents are never taken
+    // for one another.
+    std::string SourceUID;
 
     // From the document type and the transaction defaults.
     DocumentKind Kind = DocumentKind::Sale;
