@@ -220,6 +220,11 @@ void AccountTransactionService::Save(host::AccountTransaction& t) {
     const bool numberAssigned = t.DocumentNumber == 0;
     const SavedIdentity saved = ReceiptSavedBefore(database_, t, taken_);
     std::int32_t key = saved.key;
+    if (!numberAssigned && key != 0 && NumberedHere(database_, key)) {
+        // A number lent to a receipt without one: the source's own receipt takes it.
+        MoveAside(database_, key, t.DocumentTypeID, t.SeriesID, t.DocumentNumber, now);
+        key = 0;
+    }
     if (numberAssigned) {
         t.DocumentNumber =
             key != 0 ? saved.number : NextFreeNumber(database_, t.DocumentTypeID, t.SeriesID);

@@ -22,11 +22,27 @@ host::TransactionPayment NextPayment(const std::vector<host::TransactionPayment>
 
 void CalculateLine(host::TransactionLine& line, bool pricesIncludeTax, double rate) {
     line.TaxRate = rate;
-    line.GrossValue = RoundMoney(line.Quantity * line.UnitPrice);
-    line.DiscountAmount = line.DiscountValue != 0
-                              ? RoundMoney(line.DiscountValue)
-                              : RoundMoney(line.GrossValue * line.DiscountPercent / 100.0);
-    const double value = RoundMoney(line.GrossValue - line.DiscountAmount);
+    double value = 0;
+    if (line.GivenValueHundredths) {
+        // The source's value stands; the discount it gave, as an amount or as the percentage
+        // that took the value down to what it is, says what the line was worth before it.
+        value = RoundMoney(*line.GivenValueHundredths / 100.0);
+        if (line.DiscountValue != 0) {
+            line.DiscountAmount = RoundMoney(line.DiscountValue);
+        } else if (line.DiscountPercent > 0 && line.DiscountPercent < 100) {
+            line.DiscountAmount =
+                RoundMoney(value * line.DiscountPercent / (100.0 - line.DiscountPercent));
+        } else {
+            line.DiscountAmount = 0;
+        }
+        line.GrossValue = RoundMoney(value + line.DiscountAmount);
+    } else {
+        line.GrossValue = RoundMoney(line.Quantity * line.UnitPrice);
+        line.DiscountAmount = line.DiscountValue != 0
+                                  ? RoundMoney(line.DiscountValue)
+                                  : RoundMoney(line.GrossValue * line.DiscountPercent / 100.0);
+        value = RoundMoney(line.GrossValue - line.DiscountAmount);
+    }
     const double factor = 1.0 + rate / 100.0;
     if (pricesIncludeTax) {
         line.TotalWithTax = value;

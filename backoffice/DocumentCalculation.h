@@ -5,8 +5,11 @@
 //
 // A line: gross = quantity × unit price; the discount is the line's discount value when it has
 // one, otherwise gross × discount percent / 100 (a source that gives both gives the amount the
-// percentage produced, so the two are not added); value = gross − discount. With prices that
-// include VAT the value is with VAT and the VAT is taken out of it; otherwise it is added to it.
+// percentage produced, so the two are not added); value = gross − discount. A line whose source
+// gave its value keeps that value: quantity and unit price then decide nothing, the discount is
+// the one given (as an amount, or the percentage of what the line was worth before it) and
+// gross = value + discount. With prices that include VAT the value is with VAT and the VAT is
+// taken out of it; otherwise it is added to it.
 // The document: VAT is calculated once per taxable group on the sum of its lines, so that the
 // rounding of many small lines does not add up; the total adjustment is an amount of its own,
 // outside the VAT summary, and Total = lines' total + adjustment. A cash document is worth the

@@ -339,7 +339,7 @@ SavedIdentity NumberedHereMatch(const Database& database, const SourceMoment& mo
                    "FROM documents INDEXED BY documents_numbered_here WHERE SeriesID=?1 AND "
                    "DocumentTypeID=?2 AND DocumentDate=?3 AND NumberAssigned=1 AND "
                    "(CustomerID=?4 OR CustomerID=0 OR ?4=0) AND (SalesmanID=?5 OR SalesmanID=0 OR ?5=0) "
-                   "ORDER BY DocumentKey");
+                   "AND SourceUID IS NULL ORDER BY DocumentKey");
     find.Bind({Variant(moment.series), Variant(moment.type), Variant(moment.date),
                Variant(moment.customer), Variant(moment.salesman)});
     // The closest: the same customer, then the same salesman, then the same total and comment;
@@ -360,6 +360,44 @@ SavedIdentity NumberedHereMatch(const Database& database, const SourceMoment& mo
         }
     }
     return best;
+}
+
+SavedIdentity NumberedHereBySource(const Database& database, const std::string& type,
+                                   const std::string& series, const std::string& sourceUID) {
+    if (sourceUID.empty()) return {};
+    Statement find(database,
+                   "SELECT DocumentKey, DocumentNumber FROM documents WHERE SeriesID=? AND "
+                   "DocumentTypeID=? AND SourceUID=? AND NumberAssigned=1 ORDER BY DocumentKey "
+                   "LIMIT 1");
+    find.Bind({Variant(series), Variant(type), Variant(sourceUID)});
+    if (!find.Step()) return {};
+    return {find.Column(0).ToInt32(), find.Column(1).ToInt32()};
+}
+
+void KeepSourceUID(Database& database, std::int32_t key, const std::string& sourceUID) {
+    if (sourceUID.empty()) return;
+    Statement keep(database,
+                   "UPDATE documents SET SourceUID=?2 WHERE DocumentKey=?1 AND SourceUID IS NOT ?2");
+    keep.Bind({Variant(key), Variant(sourceUID)}).Run();
+}
+
+bool NumberedHere(const Database& database, std::int32_t key) {
+    Statement numbered(database, "SELECT NumberAssigned FROM documents WHERE DocumentKey=?");
+    numbered.Bind({Variant(key)});
+    return numbered.Step() && numbered.Column(0).ToBool();
+}
+
+std::int32_t MoveAside(Database& database, std::int32_t key, const std::string& type,
+                       const std::string& series, std::int32_t number, const DateTime& when,
+                       bool keepInHistory) {
+    if (keepInHistory) KeepInHistory(database, key, type, series, number, "renumbered", when);
+    const std::int32_t next = NextFreeNumber(database, type, series);
+    for (const char* table : {"documents", "account_entries"}) {
+        Statement move(database,
+                       fmt::format("UPDATE {} SET DocumentNumber=? WHERE DocumentKey=?", table));
+        move.Bind({Variant(next), Variant(key)}).Run();
+    }
+    return next;
 }
 
 std::string Snapshot(const Database& database, std::int32_t key) {

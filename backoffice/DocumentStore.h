@@ -29,11 +29,12 @@ std::int32_t NextFreeNumber(const Database& database, const std::string& type,
                             const std::string& series);
 
 // The document the back office numbered itself (its source gave number 0) that a document
-// imported again is: same type and series, same date to the second, the same customer and
-// salesman where both are known (0 is one the back office did not have), and not yet taken by
-// another document of the same batch (`taken`), so that two source records never become one.
-// Among those the closest (the same customer, salesman, total and comment), then the oldest.
-// Key 0 when there is none.
+// imported again is, when its source gives no key of its own (or the document was saved before
+// the back office kept them): same type and series, same date to the second, the same customer
+// and salesman where both are known (0 is one the back office did not have), no source key,
+// and not yet taken by another document of the same batch (`taken`), so that two source records
+// never become one. Among those the closest (the same customer, salesman, total and comment),
+// then the oldest. Key 0 when there is none.
 struct SourceMoment {
     std::string type, series;
     DateTime date;
@@ -47,6 +48,23 @@ struct SavedIdentity {
 };
 SavedIdentity NumberedHereMatch(const Database& database, const SourceMoment& moment,
                                 const KeySet& taken);
+
+// The document the back office numbered itself for the source record with that key, of that
+// type and series. Key 0 when there is none.
+SavedIdentity NumberedHereBySource(const Database& database, const std::string& type,
+                                   const std::string& series, const std::string& sourceUID);
+// Keeps the source record's key on a saved document (nothing for an empty key).
+void KeepSourceUID(Database& database, std::int32_t key, const std::string& sourceUID);
+
+// Whether the back office gave the saved document its number.
+bool NumberedHere(const Database& database, std::int32_t key);
+// A number the back office gave is never its source's: when the source's own document with
+// that number arrives, the one numbered here moves to the series' next free number, with its
+// current-account entry, and its history keeps the move (event "renumbered", the former
+// version under the former number) unless `keepInHistory` is false. Answers the new number.
+std::int32_t MoveAside(Database& database, std::int32_t key, const std::string& type,
+                       const std::string& series, std::int32_t number, const DateTime& when,
+                       bool keepInHistory = true);
 
 // Everything a saved document is and does (header, lines, VAT, payments, stock movements,
 // current-account entry and what receipts settle, drawer movements), but when it was saved and
@@ -73,7 +91,7 @@ bool EndVersion(Database& database, std::int32_t key, const FormerDocument& form
 // A readable copy of a saved document (header, lines, payments).
 std::string FormerVersion(const Database& database, std::int32_t key);
 // Keeps the saved document's present version in document_history under `event` ("replaced",
-// "voided").
+// "voided", "renumbered").
 void KeepInHistory(Database& database, std::int32_t key, const std::string& type,
                    const std::string& series, std::int32_t number, const char* event,
                    const DateTime& when);

@@ -420,8 +420,37 @@ CREATE INDEX documents_numbered_here ON documents (SeriesID, DocumentTypeID, Doc
 PRAGMA user_version=5;
 )sql";
 
+// Version 6: a document keeps its source record's own key (SourceUID, a restaurant
+// transaction's UID), by which a document the back office numbered itself is found again; such a
+// document moves to the series' next free number when its source's own document with that number
+// arrives, and the history says so (event 'renumbered').
+constexpr const char* kVersion6 = R"sql(
+ALTER TABLE documents ADD COLUMN SourceUID TEXT;
+CREATE INDEX documents_by_source ON documents (SeriesID, DocumentTypeID, SourceUID)
+    WHERE NumberAssigned = 1 AND SourceUID IS NOT NULL;
+
+CREATE TABLE document_history_6 (
+    HistoryID INTEGER PRIMARY KEY,
+    DocumentKey INTEGER NOT NULL,
+    DocumentTypeID TEXT NOT NULL COLLATE NOCASE,
+    SeriesID TEXT NOT NULL COLLATE NOCASE,
+    DocumentNumber INTEGER NOT NULL,
+    Event TEXT NOT NULL CHECK (Event IN ('replaced', 'voided', 'renumbered')),
+    EventDate DATETIME NOT NULL,
+    FormerVersion TEXT NOT NULL
+);
+INSERT INTO document_history_6 SELECT HistoryID, DocumentKey, DocumentTypeID, SeriesID,
+    DocumentNumber, Event, EventDate, FormerVersion FROM document_history;
+DROP TABLE document_history;
+ALTER TABLE document_history_6 RENAME TO document_history;
+CREATE INDEX document_history_by_document ON document_history (DocumentKey);
+
+PRAGMA user_version=6;
+)sql";
+
 // Step k brings a file of version k-1 to version k, and ends by writing k as the version.
-constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5};
+constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5,
+                                  kVersion6};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 }  // namespace

@@ -136,6 +136,7 @@ std::unique_ptr<host::ITransactionBusiness> TransactionService::NewTransactionBu
     // One business object builds the documents of one import step: the documents it brings are
     // matched anew to those the back office numbered.
     taken_.clear();
+    movedInStep_.clear();
     return std::make_unique<TransactionBusiness>(database_);
 }
 
@@ -196,14 +197,19 @@ void TransactionService::Save(host::Transaction& transaction) {
     const bool numberAssigned = transaction.DocumentNumber == 0;
     std::int32_t key = 0;
     if (numberAssigned) {
-        // The source gave no number: the document it is again, if it was imported before, else
-        // the series' next free number.
-        const SavedIdentity saved = NumberedHereMatch(
-            database_,
-            {transaction.DocumentTypeID, transaction.SeriesID, transaction.DocumentDate,
-             RoundToInt32(transaction.CustomerID), RoundToInt32(transaction.SalesmanID),
-             transaction.Total, transaction.Comment},
-            taken_);
+        // The source gave no number: the document it is again, if it was imported before (by
+        // its source's key, or, for one saved without a key, by its moment), else the series'
+        // next free number.
+        SavedIdentity saved = NumberedHereBySource(database_, transaction.DocumentTypeID,
+                                                   transaction.SeriesID, transaction.SourceUID);
+        if (saved.key == 0) {
+            saved = NumberedHereMatch(
+                database_,
+                {transaction.DocumentTypeID, transaction.SeriesID, transaction.DocumentDate,
+                 RoundToInt32(transaction.CustomerID), RoundToInt32(transaction.SalesmanID),
+                 transaction.Total, transaction.Comment},
+                taken_);
+        }
         key = saved.key;
         transaction.DocumentNumber =
             key != 0 ? saved.number
@@ -211,7 +217,18 @@ void TransactionService::Save(host::Transaction& transaction) {
     } else {
         key = KeyOf(database_, transaction.DocumentTypeID, transaction.SeriesID,
                     transaction.DocumentNumber);
+        if (key != 0 && NumberedHere(database_, key)) {
+            // The number was only lent to a document without one: the source's own document
+            // takes it, and the other moves on.
+            MoveAside(database_, key, transaction.DocumentTypeID, transaction.SeriesID,
+                      transaction.DocumentNumber, now, !movedInStep_.contains(key));
+            movedInStep_.insert(key);
+            key = 0;
+        }
     }
+    // The source's key is kept before a new version is weighed against the former one: a
+    // document saved before keys were kept gets it even when nothing else changed.
+    if (key != 0) KeepSourceUID(database_, key, transaction.SourceUID);
     // Held, the record keeps the write lock until the next write; so only inside a group of
     // records, which keeps it anyway. Committed at once, a record never waits for the next.
     const bool hold = RefundMayFollow(kind) &&
@@ -226,7 +243,9 @@ void TransactionService::Save(host::Transaction& transaction) {
         settled = SettledOf(database_, key);
         RemoveChildren(database_, key);
     }
+    const bool isNew = key == 0;
     key = WriteHeader(database_, key, HeaderValues(transaction, numberAssigned, now));
+    if (isNew) KeepSourceUID(database_, key, transaction.SourceUID);
     WriteLines(database_, key, transaction);
     WritePayments(database_, key, transaction);
     if (transaction.StateCode != host::document_state::kVoid) {
@@ -335,6 +354,11 @@ std::optional<host::SavedDocument> TransactionService::Find(const std::string& d
     t.Total = header.Column(c++).ToDouble();
     t.PaidAmount = header.Column(c++).ToDouble();
     t.StateCode = header.Column(c++).ToInt16();
+    {
+        Statement source(database_, "SELECT SourceUID FROM documents WHERE DocumentKey=?");
+        source.Bind({Variant(key)});
+        if (source.Step() && !source.ColumnIsNull(0)) t.SourceUID = source.ColumnText(0);
+    }
 
     Statement lines(database_,
                     "SELECT LineNumber, ItemID, Description, TaxableGroupID, SalesmanID, "

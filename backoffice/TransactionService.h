@@ -76,6 +76,10 @@ private:
     // The documents numbered here that the documents saved since the last business object was
     // made have been matched to: each is one source record, never two (NumberedHereMatch).
     mutable KeySet taken_;
+    // The documents numbered here that moved aside since then: the restaurant's own documents
+    // arrive in number order, so one that took a number before them moves on with each; its
+    // history keeps the first move of the step, from the number it had.
+    mutable KeySet movedInStep_;
     std::optional<Held> held_;
 };
 

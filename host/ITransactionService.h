@@ -42,12 +42,19 @@ struct TransactionLine {
     double DiscountValue = 0;        // a discount given as an amount, per line
     double UnitPrice = 0;            // with tax when the document's prices include tax
     double UnitPriceWithoutTax = 0;  // the same price under the line's taxable group, tax out
-    // The line's value. The host's line calculation sets it: quantity × unit price − discount.
+    // The line's value as its source gave it, in hundredths of the currency (as the restaurant
+    // keeps money; the import gives each line's SaleValue), or none. A value given is the line's
+    // value: the line's calculation derives the value without VAT and the VAT from it and never
+    // prices the line again, so that a line the host would price otherwise (an item sold by
+    // weight that the host lacks, whose quantity stays in grams) keeps what the source sold it for.
+    std::optional<double> GivenValueHundredths;
+    // The line's value. The host's line calculation sets it: the value given, otherwise
+    // quantity × unit price − discount.
     double Value = 0;
 
     // What the host's line calculation fills in.
     double TaxRate = 0;          // percent, of the taxable group in the document's tax context
-    double GrossValue = 0;       // quantity × unit price, before the discount
+    double GrossValue = 0;       // before the discount: quantity × unit price, or value + discount
     double DiscountAmount = 0;   // the discount the line got
     double TotalWithTax = 0;     // = Value
     double NetValue = 0;         // TotalWithTax without tax
@@ -88,6 +95,10 @@ struct Transaction {
     std::string DocumentTypeID;
     std::string SeriesID;
     std::int32_t DocumentNumber = 0;  // 0: the host gives the series' next free number on save
+    // The source record's own key (a restaurant transaction's UID), or empty. A document whose
+    // source gives no number is found again by it, so that two such documents are never taken
+    // for one another.
+    std::string SourceUID;
 
     // From the document type and the transaction defaults.
     DocumentKind Kind = DocumentKind::Sale;

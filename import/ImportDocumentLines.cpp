@@ -55,7 +55,8 @@ void ImportDocumentLines(KitraExecutioner& engine, ado::Connection& connection,
         line.DiscountPercent = lines["DiscountPercentage"].ToDouble();
         line.UnitPrice = engine.ParseHundredths(lines["PluUnitPrice"].ToText());
         line.UnitPriceWithoutTax = engine.CalculateWithTaxableGroup(line.UnitPrice, line.TaxableGroupID);
-        line.Value = lines["SaleValue"].ToDouble();
+        // The line's value as the restaurant keeps it: the host's calculation keeps it.
+        line.GivenValueHundredths = lines["SaleValue"].ToDouble();
 
         transaction.CalculateLine(line);
         transaction.AppendLine(line);

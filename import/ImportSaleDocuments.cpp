@@ -174,6 +174,9 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
             header.SeriesID = restaurant.TransSerial;
             header.DocumentTypeID = key;
             header.DocumentNumber = RoundToInt32(KitraExecutioner::DocumentNumberFromID(documentId));
+            // The header's own key: what tells the host's documents apart when the restaurant
+            // gives no number (DocumentID of 7 characters or fewer).
+            header.SourceUID = headerUid;
             header.ExchangeRate = 1;
             header.PricesIncludeTax = true;
             header.WarehouseID = warehouse;

@@ -129,6 +129,7 @@ std::vector<Record> RestaurantDocuments(ado::Connection& connection, const Docum
         r.source = TextOf(rows["DocumentID"]);
         r.number = NumberFromDocumentId(r.source);
         r.numberedHere = r.number == 0;
+        r.sourceUID = TextOf(rows["UID"]);
         r.date = TextOf(rows["CreateDate"]);
         r.selectedBy = TextOf(rows["ModifyDate"]);
         r.customer = Known(known.customers, CodeOf(rows["CustomerID"]));
@@ -234,7 +235,7 @@ std::vector<Record> BackOfficeDocuments(const Database& database, std::vector<st
     for (std::size_t i = 0; i < types.size(); ++i) marks += i ? ",?" : "?";
     Statement rows(database,
                    "SELECT DocumentKey, DocumentTypeID, DocumentNumber, NumberAssigned, DocumentDate, "
-                   "CustomerID, SalesmanID, Total, State, Comment FROM documents WHERE SeriesID = ? AND "
+                   "CustomerID, SalesmanID, Total, State, Comment, SourceUID FROM documents WHERE SeriesID = ? AND "
                    "DocumentTypeID IN (" + marks + ") AND DocumentDate BETWEEN ? AND ? "
                    "ORDER BY DocumentDate, DocumentKey");
     std::vector<Variant> values{Variant(series)};
@@ -254,6 +255,7 @@ std::vector<Record> BackOfficeDocuments(const Database& database, std::vector<st
         r.cents = Cents(rows.Column(7).ToDouble());
         r.voided = rows.Column(8).ToInt32() == host::document_state::kVoid;
         r.comment = rows.ColumnText(9);
+        if (!rows.ColumnIsNull(10)) r.sourceUID = rows.ColumnText(10);
         records.push_back(std::move(r));
     }
     return records;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <set>
 #include <tuple>
 
 #include <fmt/format.h>
@@ -16,14 +17,16 @@ std::string DayOf(const std::string& date) { return date.size() >= 10 ? date.sub
 
 // The identity the back office finds a document by when it is imported again. A number the
 // restaurant gives is the identity: type, series and number. A document the back office numbers
-// itself is found by its moment, customer and salesman. A cash document has no number from the
-// restaurant at all: all it keeps of the movement is its identity.
-std::string MatchKey(Kind kind, const Record& r) {
+// itself is found by the restaurant header's UID; one saved before the back office kept the UID,
+// by its moment, customer and salesman. A cash document has no number from the restaurant at
+// all: all it keeps of the movement is its identity.
+std::string MatchKey(Kind kind, const Record& r, bool byUid) {
     const std::string type = FoldCase(r.type);
     if (kind == Kind::CashMovements) {
         return fmt::format("{}|{}|{}|{}|{}|{}", type, r.date, r.customer, r.salesman, r.cents, r.comment);
     }
     if (!r.numberedHere) return fmt::format("{}|#{}", type, r.number);
+    if (byUid && !r.sourceUID.empty()) return fmt::format("{}|uid {}", type, r.sourceUID);
     return fmt::format("{}|{}|{}|{}", type, r.date, r.customer, r.salesman);
 }
 
@@ -128,8 +131,17 @@ void Reconcile(Kind kind, std::vector<Record> restaurant, std::vector<Record> ba
     };
     std::map<std::string, Candidates> byKey;
     std::vector<std::size_t> unmatchedRestaurant, unmatchedBackOffice;
-    for (std::size_t i = 0; i < restaurant.size(); ++i) byKey[MatchKey(kind, restaurant[i])].restaurant.push_back(i);
-    for (std::size_t i = 0; i < backOffice.size(); ++i) byKey[MatchKey(kind, backOffice[i])].backOffice.push_back(i);
+    // The UIDs the back office keeps: a restaurant document without a number whose UID it does
+    // not keep may be one it saved before it kept them, and is matched by its moment.
+    std::set<std::string> keptUids;
+    for (const Record& b : backOffice) {
+        if (b.numberedHere && !b.sourceUID.empty()) keptUids.insert(FoldCase(b.type) + "|" + b.sourceUID);
+    }
+    for (std::size_t i = 0; i < restaurant.size(); ++i) {
+        const Record& r = restaurant[i];
+        byKey[MatchKey(kind, r, keptUids.contains(FoldCase(r.type) + "|" + r.sourceUID))].restaurant.push_back(i);
+    }
+    for (std::size_t i = 0; i < backOffice.size(); ++i) byKey[MatchKey(kind, backOffice[i], true)].backOffice.push_back(i);
 
     std::vector<Difference> found;
     std::vector<bool> leftOut(restaurant.size(), false);
@@ -185,6 +197,9 @@ void Reconcile(Kind kind, std::vector<Record> restaurant, std::vector<Record> ba
             // changed its moment or customer since (a credit sale on another account).
             if (kind != Kind::CashMovements && r.date != b.date) differs.push_back("date");
             if (kind != Kind::CashMovements && r.customer != b.customer) differs.push_back("customer");
+            // One found by its UID may have been saved while the back office lacked its salesman.
+            if (kind == Kind::Documents && b.numberedHere && !b.sourceUID.empty() && r.salesman != b.salesman)
+                differs.push_back("salesman");
             if (kind == Kind::Receipts && SettlesOtherwise(r, b, creditSales)) differs.push_back("settlements");
             if (!differs.empty()) add(&r, &b, std::move(differs), "");
         }
@@ -218,6 +233,8 @@ void Reconcile(Kind kind, std::vector<Record> restaurant, std::vector<Record> ba
         auto best = unmatchedBackOffice.end();
         for (auto b = unmatchedBackOffice.begin(); b != unmatchedBackOffice.end(); ++b) {
             const Record& candidate = backOffice[*b];
+            // One that keeps a UID is matched by it alone.
+            if (kind == Kind::Documents && !candidate.sourceUID.empty()) continue;
             if (candidate.numberedHere != r.numberedHere || FoldCase(candidate.type) != FoldCase(r.type) ||
                 candidate.date != r.date || !sameOrUnknown(candidate.customer, r.customer) ||
                 !sameOrUnknown(candidate.salesman, r.salesman))

@@ -55,6 +55,9 @@ struct Record {
     // none and the import never selects it.
     std::string source;
     std::string selectedBy;
+    // Documents: the restaurant header's UID, which the back office keeps on a document it
+    // numbered itself (empty on one saved before it kept them). Such a document is matched by it.
+    std::string sourceUID;
     // Why the import cannot save it as the restaurant has it (a value it needs is missing); the
     // import's step stops there, so the restaurant must mend it before a rewind helps.
     std::string unimportable;

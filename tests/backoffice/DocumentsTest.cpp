@@ -66,6 +66,52 @@ TEST(LineCalculation, AValueGivenBeforehandIsReplacedByTheCalculation) {
     EXPECT_DOUBLE_EQ(line.Value, 2);
 }
 
+TEST(LineCalculation, AValueTheSourceGaveIsKeptAndTheVatTakenOutOfIt) {
+    // A weighed item the host lacks: the restaurant's 1500 grams stay 1500, and 1500 × 10,00
+    // would price the line at 15.000,00; the restaurant sold it for 15,00.
+    TransactionLine line = Line(1500, 10);
+    line.GivenValueHundredths = 1500;
+    CalculateLine(line, true, 13);
+    EXPECT_DOUBLE_EQ(line.Value, 15);
+    EXPECT_DOUBLE_EQ(line.TotalWithTax, 15);
+    EXPECT_DOUBLE_EQ(line.NetValue, 13.27);
+    EXPECT_DOUBLE_EQ(line.TaxValue, 1.73);
+    EXPECT_DOUBLE_EQ(line.GrossValue, 15);
+    EXPECT_DOUBLE_EQ(line.DiscountAmount, 0);
+    EXPECT_DOUBLE_EQ(line.Quantity, 1500);
+}
+
+TEST(LineCalculation, AValueTheSourceGaveKeepsTheDiscountItGave) {
+    TransactionLine amount = Line(2, 5, 10, 1);
+    amount.GivenValueHundredths = 900;
+    CalculateLine(amount, true, 23);
+    EXPECT_DOUBLE_EQ(amount.TotalWithTax, 9);
+    EXPECT_DOUBLE_EQ(amount.DiscountAmount, 1);
+    EXPECT_DOUBLE_EQ(amount.GrossValue, 10);
+    // Only a percentage: the discount is what took the line down to its value.
+    TransactionLine percent = Line(1, 10, 10);
+    percent.GivenValueHundredths = 900;
+    CalculateLine(percent, true, 23);
+    EXPECT_DOUBLE_EQ(percent.TotalWithTax, 9);
+    EXPECT_DOUBLE_EQ(percent.DiscountAmount, 1);
+    EXPECT_DOUBLE_EQ(percent.GrossValue, 10);
+    // A value of 0 given is 0, whatever quantity and price say.
+    TransactionLine offered = Line(3, 2);
+    offered.GivenValueHundredths = 0;
+    CalculateLine(offered, true, 23);
+    EXPECT_DOUBLE_EQ(offered.TotalWithTax, 0);
+    EXPECT_DOUBLE_EQ(offered.TaxValue, 0);
+}
+
+TEST(LineCalculation, AValueTheSourceGaveWithoutVatHasTheVatAdded) {
+    TransactionLine line = Line(1500, 1);
+    line.GivenValueHundredths = 300;
+    CalculateLine(line, false, 6);
+    EXPECT_DOUBLE_EQ(line.NetValue, 3);
+    EXPECT_DOUBLE_EQ(line.TotalWithTax, 3.18);
+    EXPECT_DOUBLE_EQ(line.TaxValue, 0.18);
+}
+
 TEST(DocumentCalculation, VatIsCalculatedOncePerTaxableGroup) {
     host::Transaction document;
     // Three lines of 0,10 at 23 %: per line 0,08 + 0,02; on their sum 0,24 + 0,06.
@@ -286,6 +332,146 @@ TEST_F(Documents, ADocumentWithoutANumberIsFoundAgainOnceItsSalesmanIsKnown) {
     other->Current().SalesmanID = 5;
     office->transactions.Save(other->Current());
     EXPECT_EQ(Value("SELECT COUNT(*) FROM documents"), "2");
+}
+
+TEST_F(Documents, ALineWithAGivenValueIsSavedAtThatValue) {
+    auto business = NewDocument("VB", 3);
+    TransactionLine weighed = business->NewLine();
+    weighed.ItemID = "C777";  // a weighed item the back office lacks: 1500 grams stay 1500
+    weighed.TaxableGroupID = 1;
+    weighed.Quantity = 1500;
+    weighed.UnitPrice = 10;
+    weighed.GivenValueHundredths = 1500;
+    business->CalculateLine(weighed);
+    business->AppendLine(weighed);
+    EXPECT_DOUBLE_EQ(business->CalculatedTotal(), 18);
+    office->transactions.Save(business->Current());
+    const auto saved = office->transactions.Find("VB", "EXT", 3);
+    ASSERT_TRUE(saved);
+    EXPECT_DOUBLE_EQ(saved->Document.Total, 18);
+    EXPECT_DOUBLE_EQ(saved->Document.TotalAdjustment, 0);
+    EXPECT_DOUBLE_EQ(saved->Document.TotalTax, 3.37);  // 23 % taken out of 3,00 + 15,00
+    EXPECT_EQ(Value("SELECT Quantity || ' ' || TotalWithTax || ' ' || NetValue FROM document_lines "
+                    "WHERE ItemID = 'C777'"),
+              "1500.0 15.0 12.2");
+}
+
+// A document without a number takes the series' next free number; when the source's own
+// document with that number arrives, that one takes it and the other moves on.
+TEST_F(Documents, ANumberGivenHereMovesAsideForTheSourcesOwnDocument) {
+    auto lent = NewDocument("FAC", 0);
+    lent->Current().SourceUID = "10";
+    lent->Current().CreditSale = true;
+    office->transactions.Save(lent->Current());
+    EXPECT_EQ(lent->Current().DocumentNumber, 1);
+
+    auto own = NewDocument("FAC", 1);
+    own->Current().SourceUID = "11";
+    AddLine(*own, "C100", 1, 1.5);
+    own->Current().CreditSale = true;
+    office->transactions.Save(own->Current());
+
+    EXPECT_EQ(Value("SELECT group_concat(DocumentNumber || ':' || NumberAssigned || ':' || SourceUID || "
+                    "':' || Total, ' ') FROM (SELECT * FROM documents ORDER BY DocumentKey)"),
+              "2:1:10:3.0 1:0:11:4.5");
+    // Its current-account entry moved with it; its history says from where.
+    EXPECT_EQ(Value("SELECT group_concat(DocumentNumber || ':' || Amount, ' ') FROM "
+                    "(SELECT * FROM account_entries ORDER BY DocumentKey)"),
+              "2:3.0 1:4.5");
+    EXPECT_EQ(Value("SELECT DocumentKey || ' ' || Event || ' ' || DocumentNumber FROM document_history"),
+              "1 renumbered 1");
+    EXPECT_NE(Value("SELECT FormerVersion FROM document_history").find("FAC EXT/1 de"),
+              std::string::npos);
+    EXPECT_DOUBLE_EQ(Stock("C100"), -5);
+
+    // Both saved again, in either order, are the same two documents.
+    for (int pass = 0; pass < 2; ++pass) {
+        auto again = NewDocument("FAC", 0);
+        again->Current().SourceUID = "10";
+        again->Current().CreditSale = true;
+        office->transactions.Save(again->Current());
+        EXPECT_EQ(again->Current().DocumentNumber, 2);
+        auto ownAgain = NewDocument("FAC", 1);
+        ownAgain->Current().SourceUID = "11";
+        AddLine(*ownAgain, "C100", 1, 1.5);
+        ownAgain->Current().CreditSale = true;
+        office->transactions.Save(ownAgain->Current());
+    }
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM documents"), "2");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM document_history"), "1");
+    EXPECT_DOUBLE_EQ(Stock("C100"), -5);
+}
+
+// Two sales without a number at one second, of one customer and salesman, are told apart by
+// their source's key: when one of them changes, it replaces itself, never the other.
+TEST_F(Documents, DocumentsWithoutANumberAreFoundAgainByTheirSourcesKey) {
+    const auto save = [this](const std::string& uid, double price) {
+        auto business = NewDocument("VB", 0);
+        business->Current().Lines.clear();
+        AddLine(*business, "C100", 1, price);
+        business->Current().SourceUID = uid;
+        office->transactions.Save(business->Current());
+        return business->Current().DocumentNumber;
+    };
+    EXPECT_EQ(save("S1", 64.2), 1);
+    EXPECT_EQ(save("S2", 69.2), 2);
+    // The next step: S2 changed at its source.
+    EXPECT_EQ(save("S2", 70.2), 2);
+    EXPECT_EQ(Value("SELECT group_concat(DocumentNumber || ':' || SourceUID || ':' || Total, ' ') FROM "
+                    "(SELECT * FROM documents ORDER BY DocumentKey)"),
+              "1:S1:64.2 2:S2:70.2");
+    EXPECT_EQ(Value("SELECT DocumentKey || ' ' || Event FROM document_history"), "2 replaced");
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2);
+}
+
+// A document saved without its source's key (before the back office kept them) is found by its
+// moment once, and keeps the key from then on.
+TEST_F(Documents, ADocumentSavedWithoutItsSourcesKeyIsFoundByItsMomentAndGetsIt) {
+    auto old = NewDocument("VB", 0);
+    office->transactions.Save(old->Current());
+    auto again = NewDocument("VB", 0);
+    again->Current().SourceUID = "77";
+    office->transactions.Save(again->Current());
+    EXPECT_EQ(Value("SELECT COUNT(*) || ' ' || SourceUID FROM documents"), "1 77");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM document_history"), "0");  // nothing else changed
+    // Another record alike in every field is another document.
+    auto other = NewDocument("VB", 0);
+    other->Current().SourceUID = "78";
+    office->transactions.Save(other->Current());
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM documents"), "2");
+}
+
+TEST_F(Documents, AFileOfVersion5KeepsItsHistoryAndLearnsSourceKeysAndRenumbering) {
+    auto first = NewDocument("VB", 4);
+    office->transactions.Save(first->Current());
+    auto second = NewDocument("VB", 4);
+    AddLine(*second, "C100", 1, 1.5);
+    office->transactions.Save(second->Current());
+    // Back to what version 5 had: no source keys, a history of two events.
+    office->GetDatabase().Exec(
+        "DROP INDEX documents_by_source; ALTER TABLE documents DROP COLUMN SourceUID; "
+        "CREATE TABLE h5 (HistoryID INTEGER PRIMARY KEY, DocumentKey INTEGER NOT NULL, "
+        "DocumentTypeID TEXT NOT NULL COLLATE NOCASE, SeriesID TEXT NOT NULL COLLATE NOCASE, "
+        "DocumentNumber INTEGER NOT NULL, Event TEXT NOT NULL CHECK (Event IN ('replaced', "
+        "'voided')), EventDate DATETIME NOT NULL, FormerVersion TEXT NOT NULL); "
+        "INSERT INTO h5 SELECT * FROM document_history; DROP TABLE document_history; "
+        "ALTER TABLE h5 RENAME TO document_history; "
+        "CREATE INDEX document_history_by_document ON document_history (DocumentKey); "
+        "PRAGMA user_version=5;");
+    office.Reopen();
+    EXPECT_EQ(office->GetDatabase().UserVersion(), kSchemaVersion);
+    EXPECT_EQ(Value("SELECT Event || ' ' || DocumentNumber FROM document_history"), "replaced 4");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM documents WHERE SourceUID IS NULL"), "1");
+    // A document without a number, then the source's own with the number it took.
+    auto lent = NewDocument("VB", 0);
+    lent->Current().SourceUID = "1";
+    office->transactions.Save(lent->Current());
+    EXPECT_EQ(lent->Current().DocumentNumber, 5);
+    auto own = NewDocument("VB", 5);
+    office->transactions.Save(own->Current());
+    EXPECT_EQ(Value("SELECT group_concat(Event || ' ' || DocumentNumber, ', ') FROM document_history"),
+              "replaced 4, renumbered 5");
+    EXPECT_EQ(Value("SELECT DocumentNumber FROM documents WHERE SourceUID = '1'"), "6");
 }
 
 TEST_F(Documents, ARefundedDocumentSavedAndRefundedAgainChangesNothing) {

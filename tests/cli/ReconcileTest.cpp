@@ -392,7 +392,7 @@ TEST_F(ReconcileTest, ADocumentTheImportCannotSaveIsNamedWithWhatItLacks) {
     EXPECT_EQ(r.out.find("state set"), std::string::npos) << r.out;
 }
 
-TEST_F(ReconcileTest, ADocumentNumberedByTheBackOfficeIsFoundByItsMomentCustomerAndSalesman) {
+TEST_F(ReconcileTest, ADocumentNumberedByTheBackOfficeIsFoundByItsRestaurantUid) {
     Import();
     // The sale of salesman 10005 (kept under 5) whose DocumentID gives no number: another total.
     Restaurant("UPDATE transactionsheaders SET TableTotal = 150, ModifyDate = '2024-06-05 10:00:00' WHERE UID = 6");
@@ -406,6 +406,34 @@ TEST_F(ReconcileTest, ADocumentNumberedByTheBackOfficeIsFoundByItsMomentCustomer
     EXPECT_EQ(differences[0]["backOffice"]["total"].number, 1.25);
     EXPECT_EQ(differences[0]["backOffice"]["salesman"].number, 5);
     EXPECT_EQ(differences[0]["restaurant"]["source"].text, "VD124");
+}
+
+// Two sales without a number at one second, of one salesman and customer: each is matched by its
+// own UID. When the restaurant swaps their totals, both are shown (matched by their moment and
+// total, they would look unchanged), and the rewind mends them.
+TEST_F(ReconcileTest, TwoDocumentsWithoutANumberAtOneMomentAreMatchedByTheirOwnUid) {
+    AddHeader(7, 17, "S1", 6420, "2024-06-04 12:00:00");
+    AddHeader(8, 17, "S2", 6920, "2024-06-04 12:00:00");
+    Import();
+    EXPECT_EQ(Run("reconcile").exit, 0);
+    Restaurant("UPDATE transactionsheaders SET TableTotal = 13340 - TableTotal, ModifyDate = '2024-06-05 10:00:00'"
+               " WHERE UID IN (7, 8);"
+               "UPDATE transactionsdetails SET PluUnitPrice = 13340 - PluUnitPrice, SaleValue = 13340 - SaleValue"
+               " WHERE TransactionUID IN (7, 8)");
+    const HostResult r = Run("reconcile --json");
+    EXPECT_EQ(r.exit, 3) << r.out;
+    const JsonValue root = JsonReader::Parse(r.out);
+    const JsonValue& differences = root["restaurants"][0]["differences"];
+    ASSERT_EQ(differences.items.size(), 2u) << r.out;
+    for (const JsonValue* d : {&differences[0], &differences[1]}) {
+        EXPECT_EQ((*d)["differs"][0].text, "total") << r.out;
+        EXPECT_EQ((*d)["backOffice"]["total"].number, (*d)["restaurant"]["source"].text == "S1" ? 64.2 : 69.2)
+            << r.out;
+    }
+    ASSERT_EQ(RunPrinted(root["restaurants"][0]["rewind"].text), 0) << r.out;
+    EXPECT_EQ(Run("execute").exit, 0);
+    const HostResult after = Run("reconcile");
+    EXPECT_EQ(after.exit, 0) << after.out;
 }
 
 TEST_F(ReconcileTest, ADocumentSavedWhileItsSalesmanWasUnknownIsOneDifferenceThatTheRewindMends) {

@@ -92,6 +92,34 @@ protected:
                 id + "'");
         }
     }
+
+    // Adds to Centro an invoice with one line and a cash payment of `cents`, made at `created`.
+    void AddSale(const std::string& id, int cents, const std::string& created) {
+        centroDatabase->Execute(
+            "INSERT INTO transactionsheaders (DocumentTypeUID, DocumentID, CreateSalesmanUID,"
+            " CustomerUID, TransactionStatus, TableTotal, CreateDate, ModifyDate) SELECT 17, '" + id +
+            "', MIN(uid), NULL, 'N', " + std::to_string(cents) + ", '" + created + "', '" + created +
+            "' FROM salesmans");
+        centroDatabase->Execute(
+            "INSERT INTO transactionsdetails (TransactionUID, PluUid, PluName, Quantity, PluUnitPrice,"
+            " DiscountPercentage, DiscountValue, SaleValue, SaleTaxUID, SalesmanUID) SELECT h.UID,"
+            " (SELECT MIN(UID) FROM plus), 'Sem número', 1, " + std::to_string(cents) + ", 0, 0, " +
+            std::to_string(cents) + ", (SELECT MIN(uid) FROM taxes), h.CreateSalesmanUID FROM"
+            " transactionsheaders h WHERE h.DocumentID = '" + id + "'");
+        centroDatabase->Execute(
+            "INSERT INTO transactionstenders (TransactionUID, PaymentTypeUID, value) SELECT h.UID,"
+            " (SELECT MIN(uid) FROM paymenttypes WHERE code = '1'), " + std::to_string(cents) +
+            " FROM transactionsheaders h WHERE h.DocumentID = '" + id + "'");
+    }
+
+    // What `kitra-host reconcile` answers for the restaurant.
+    int Reconcile(const std::string& name, std::string& said) const {
+        std::ostringstream out, err;
+        const int exit = backoffice::cli::RunKitraHost({"--data", Data().string(), "reconcile", name},
+                                                       nullptr, out, err);
+        said = out.str() + err.str();
+        return exit;
+    }
 };
 
 TEST_F(RecoveryTest, RewindAndImportAgainChangesNoTable) {
@@ -250,6 +278,74 @@ TEST_F(RecoveryTest, ANullTotalSaysWhereTheStepStoppedAndReconcileShowsWhatWasLe
                                             nullptr, out, err),
               3)
         << out.str() << err.str();
+}
+
+// Documents whose DocumentID gives no number among the numbered ones of their series: the first
+// of them comes before FT0000001 and takes number 1, which FT0000001 then takes from it; two of
+// them at one second of one salesman and customer stay two, also when one changes. Imported,
+// rewound and imported again, each restaurant document is in the back office once, and
+// reconcile finds nothing to mend.
+TEST_F(RecoveryTest, DocumentsWithoutANumberAreKeptBesideTheNumberedOnesOfTheirSeries) {
+    StoreSettings(true);
+    AddSale("FT0000000", 1250, "2020-03-03 09:00:00");
+    AddSale("S1", 6420, "2020-03-03 10:00:00");
+    AddSale("S2", 6920, "2020-03-03 10:00:00");
+    const auto restaurantInvoices = [this] {
+        return std::stol(centroDatabase->QueryValue(
+            "SELECT COUNT(*) FROM transactionsheaders WHERE DocumentTypeUID = 17"));
+    };
+    const auto backOfficeInvoices = [this] {
+        return Count("SELECT COUNT(*) FROM documents WHERE SeriesID = 'CEN' AND DocumentTypeID = 'VB'");
+    };
+    ASSERT_GT(std::stol(centroDatabase->QueryValue(
+                  "SELECT COUNT(*) FROM transactionsheaders WHERE DocumentID = 'FT0000001'")),
+              0);
+    const HostRun first = Execute();
+    ASSERT_EQ(first.exit, 0) << first.out << first.err;
+    EXPECT_EQ(backOfficeInvoices(), restaurantInvoices());
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM documents WHERE SeriesID = 'CEN' AND DocumentTypeID = 'VB'"
+                    " AND NumberAssigned = 1"),
+              3);
+    // It moved on with every numbered invoice that came after it; its history keeps where it was.
+    EXPECT_EQ(Value("SELECT GROUP_CONCAT(Event || ' ' || DocumentNumber) FROM document_history"
+                    " WHERE SeriesID = 'CEN' AND Event = 'renumbered'"),
+              "renumbered 1");
+    EXPECT_EQ(Value("SELECT NumberAssigned FROM documents WHERE SeriesID = 'CEN' AND"
+                    " DocumentTypeID = 'VB' AND DocumentNumber = 1"),
+              "0");
+    std::string said;
+    EXPECT_EQ(Reconcile("Centro", said), 0) << said;
+
+    const auto before = DocumentTables();
+    RewindBoth();
+    NextSecond();
+    const HostRun again = Execute();
+    ASSERT_EQ(again.exit, 0) << again.out << again.err;
+    EXPECT_EQ(SummaryOf(again, "Centro").at(5), SummaryOf(first, "Centro").at(5));
+    const auto after = DocumentTables();
+    for (const std::string& table : kDocumentTables) {
+        EXPECT_EQ(after.count(table) ? after.at(table) : std::vector<std::string>{},
+                  before.count(table) ? before.at(table) : std::vector<std::string>{})
+            << table;
+    }
+    EXPECT_EQ(Reconcile("Centro", said), 0) << said;
+
+    // S2 changes in the restaurant: the next run replaces S2, never S1.
+    NextSecond();
+    centroDatabase->Execute("UPDATE transactionsheaders SET TableTotal = 7020, ModifyDate = NOW()"
+                            " WHERE DocumentID = 'S2'");
+    centroDatabase->Execute("UPDATE transactionsdetails d JOIN transactionsheaders h ON h.UID ="
+                            " d.TransactionUID SET d.PluUnitPrice = 7020, d.SaleValue = 7020 WHERE"
+                            " h.DocumentID = 'S2'");
+    centroDatabase->Execute("UPDATE transactionstenders t JOIN transactionsheaders h ON h.UID ="
+                            " t.TransactionUID SET t.value = 7020 WHERE h.DocumentID = 'S2'");
+    NextSecond();
+    ASSERT_EQ(Execute().exit, 0);
+    EXPECT_EQ(backOfficeInvoices(), restaurantInvoices());
+    EXPECT_EQ(Value("SELECT GROUP_CONCAT(Total, ' ') FROM (SELECT Total FROM documents WHERE"
+                    " SeriesID = 'CEN' AND DocumentDate = '2020-03-03 10:00:00' ORDER BY Total)"),
+              "64.2 70.2");
+    EXPECT_EQ(Reconcile("Centro", said), 0) << said;
 }
 
 }  // namespace

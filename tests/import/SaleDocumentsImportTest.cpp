@@ -1,6 +1,7 @@
 // ImportSaleDocuments with its lines and tenders, against a restaurant database on the private
 // server and a real back office: what the host holds afterwards and what the log says.
 #include <algorithm>
+#include <tuple>
 
 #include "tests/import/DocumentImportTest.h"
 
@@ -223,6 +224,93 @@ TEST_F(SaleDocumentsImportTest, OnlyItemsSoldByWeightHaveTheirQuantityDividedByA
     EXPECT_EQ(saved->Document.Lines[2].ItemID, "C300");
     EXPECT_EQ(saved->Document.Lines[2].Description, "Novo");
     EXPECT_DOUBLE_EQ(Stock("C300"), 0);
+}
+
+// The host lacks item C300: its 1500 grams stay 1500, and the line keeps the value the
+// restaurant gave it rather than 1500 × its price per kilogram.
+TEST_F(SaleDocumentsImportTest, ALineTheHostWouldPriceOtherwiseKeepsTheRestaurantsValue) {
+    AddHeader(1, 17, "FT0000001", 1800);
+    AddLine(1, 3, "Novo", 1500, 1000, 1500, 2);  // 1,5 kg at 10,00 the kilogram, 13 %
+    AddLine(1, 1, "Cerveja", 2, 150, 300);
+    AddTender(1, 1, 1800);
+    ASSERT_TRUE(Import());
+    const auto saved = Document("VB", 1);
+    ASSERT_TRUE(saved);
+    const host::Transaction& t = saved->Document;
+    ASSERT_EQ(t.Lines.size(), 2u);
+    EXPECT_DOUBLE_EQ(t.Lines[0].Quantity, 1500);
+    EXPECT_DOUBLE_EQ(t.Lines[0].TotalWithTax, 15);
+    EXPECT_DOUBLE_EQ(t.Lines[0].NetValue, 13.27);
+    EXPECT_DOUBLE_EQ(t.Lines[0].TaxValue, 1.73);
+    EXPECT_DOUBLE_EQ(t.LinesTotal, 18);
+    EXPECT_DOUBLE_EQ(t.TotalAdjustment, 0);
+    EXPECT_DOUBLE_EQ(t.Total, 18);
+    EXPECT_DOUBLE_EQ(t.TotalTax, 2.29);  // 1,73 + 0,56
+    EXPECT_FALSE(t.CreditSale);
+}
+
+// A document whose DocumentID gives no number comes first in DocumentID order and takes the
+// series' next free number; the restaurant's own document with that number, in the same run or
+// a later one, takes it, and the other moves to the next free number. A rewind changes nothing.
+TEST_F(SaleDocumentsImportTest, TheRestaurantsOwnNumberNeverOverwritesADocumentNumberedHere) {
+    AddInvoice(1, "FT0000000");
+    AddHeader(2, 17, "FT0000001", 450);
+    AddLine(2, 1, "Cerveja", 3, 150, 450);
+    AddTender(2, 1, 450);
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(engine.CountOf(Counter::Transactions), 2);
+    EXPECT_EQ(HostValue("SELECT group_concat(DocumentNumber || ':' || NumberAssigned || ':' || "
+                        "SourceUID || ':' || Total, ' ') FROM (SELECT * FROM documents ORDER BY "
+                        "DocumentNumber)"),
+              "1:0:2:4.5 2:1:1:3.0");
+    EXPECT_EQ(HostValue("SELECT Event || ' ' || DocumentNumber FROM document_history"), "renumbered 1");
+
+    // The next run brings the restaurant's document 2.
+    AddHeader(3, 17, "FT0000002", 150, "10012", "1", "N", "2024-07-02 10:00:00");
+    AddLine(3, 1, "Cerveja", 1, 150, 150);
+    AddTender(3, 1, 150);
+    restaurant.ImportDateTransactions = "2024-07-01 12:00:00";
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(HostValue("SELECT group_concat(DocumentNumber || ':' || NumberAssigned || ':' || "
+                        "SourceUID || ':' || Total, ' ') FROM (SELECT * FROM documents ORDER BY "
+                        "DocumentNumber)"),
+              "1:0:2:4.5 2:0:3:1.5 3:1:1:3.0");
+
+    // Rewound and imported again: the same three documents, nothing new in their history.
+    restaurant.ImportDateTransactions = "2000-01-01 00:00:00";
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(Documents(), 3);
+    EXPECT_EQ(HostValue("SELECT group_concat(DocumentNumber || ':' || SourceUID, ' ') FROM "
+                        "(SELECT * FROM documents ORDER BY DocumentNumber)"),
+              "1:2 2:3 3:1");
+    EXPECT_EQ(HostValue("SELECT group_concat(Event || ' ' || DocumentNumber, ', ') FROM document_history"),
+              "renumbered 1, renumbered 2");
+    EXPECT_DOUBLE_EQ(Stock("C100"), -6);
+}
+
+// Two sales without a number of one type, second, customer and salesman: when one of them
+// changes, the next run replaces that one, never the other.
+TEST_F(SaleDocumentsImportTest, TwoDocumentsWithoutANumberAtOneMomentStayTwoWhenOneChanges) {
+    for (const auto& [uid, id, cents] : {std::tuple{1, "S1", 6420}, std::tuple{2, "S2", 6920}}) {
+        AddHeader(uid, 17, id, cents);
+        AddLine(uid, 1, "Cerveja", 1, cents, cents);
+        AddTender(uid, 1, cents);
+    }
+    ASSERT_TRUE(Import());
+    ASSERT_EQ(Documents(), 2);
+    Database().Execute(
+        "UPDATE transactionsheaders SET TableTotal = 7020, ModifyDate = '2024-07-02 10:00:00' WHERE UID = 2;"
+        "UPDATE transactionsdetails SET PluUnitPrice = 7020, SaleValue = 7020 WHERE TransactionUID = 2;"
+        "UPDATE transactionstenders SET value = 7020 WHERE TransactionUID = 2");
+    restaurant.ImportDateTransactions = "2024-07-01 12:00:00";
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(engine.CountOf(Counter::Transactions), 3);
+    EXPECT_EQ(HostValue("SELECT group_concat(DocumentNumber || ':' || SourceUID || ':' || Total, ' ') "
+                        "FROM (SELECT * FROM documents ORDER BY DocumentNumber)"),
+              "1:1:64.2 2:2:70.2");
+    EXPECT_EQ(HostValue("SELECT group_concat(DocumentNumber || ' ' || Event) FROM document_history"),
+              "2 replaced");
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2);
 }
 
 TEST_F(SaleDocumentsImportTest, LinesComeInTheOrderTheDatabaseReturnsThem) {
