@@ -80,10 +80,15 @@ void HostConnection::KeepIfLogRow(const host::SqlStatement& statement, const std
         }
     }
     try {
-        const std::filesystem::path file =
-            PathFromUtf8(application_.LogFolder()) /
-            PathFromUtf8(FileNamePart(row.restaurant) + FormatDatePattern(moment, "yyyymmdd_hhnnss") +
-                         kUnsavedLogSuffix);
+        // Runs in one second name their logs alike: each kept text gets a name of its own
+        // ("-2", "-3", ... before the suffix), never another's.
+        const std::filesystem::path folder = PathFromUtf8(application_.LogFolder());
+        const std::string stem =
+            FileNamePart(row.restaurant) + FormatDatePattern(moment, "yyyymmdd_hhnnss");
+        std::filesystem::path file = folder / PathFromUtf8(stem + kUnsavedLogSuffix);
+        std::error_code ignored;
+        for (int n = 2; std::filesystem::exists(file, ignored); ++n)
+            file = folder / PathFromUtf8(stem + "-" + std::to_string(n) + kUnsavedLogSuffix);
         std::ofstream out(file, std::ios::binary | std::ios::trunc);
         out << contents;
         out.close();

@@ -448,9 +448,42 @@ CREATE INDEX document_history_by_document ON document_history (DocumentKey);
 PRAGMA user_version=6;
 )sql";
 
+// Version 7: each restaurant's last import as the host runs it (the second it began and the
+// import dates it left), so that the next run starts again from that second and what changed
+// while the import went on, or in the second it ended, comes again. A document can be taken out
+// of the back office; its history keeps the version taken out ("removed").
+constexpr const char* kVersion7 = R"sql(
+CREATE TABLE restaurant_imports (
+    RestaurantKey TEXT NOT NULL PRIMARY KEY,
+    RestaurantName TEXT NOT NULL,
+    StartedAt DATETIME NOT NULL,
+    EntitiesLeft TEXT NOT NULL,
+    TransactionsLeft TEXT NOT NULL
+);
+
+CREATE TABLE document_history_events (
+    HistoryID INTEGER PRIMARY KEY,
+    DocumentKey INTEGER NOT NULL,
+    DocumentTypeID TEXT NOT NULL COLLATE NOCASE,
+    SeriesID TEXT NOT NULL COLLATE NOCASE,
+    DocumentNumber INTEGER NOT NULL,
+    Event TEXT NOT NULL CHECK (Event IN ('replaced', 'voided', 'renumbered', 'removed')),
+    EventDate DATETIME NOT NULL,
+    FormerVersion TEXT NOT NULL
+);
+INSERT INTO document_history_events SELECT HistoryID, DocumentKey, DocumentTypeID, SeriesID,
+    DocumentNumber, Event, EventDate, FormerVersion FROM document_history;
+DROP TABLE document_history;
+ALTER TABLE document_history_events RENAME TO document_history;
+CREATE INDEX document_history_by_document ON document_history (DocumentKey);
+CREATE INDEX document_history_by_number ON document_history (DocumentTypeID, SeriesID, DocumentNumber);
+
+PRAGMA user_version=7;
+)sql";
+
 // Step k brings a file of version k-1 to version k, and ends by writing k as the version.
 constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5,
-                                  kVersion6};
+                                  kVersion6, kVersion7};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 }  // namespace
@@ -477,6 +510,7 @@ std::vector<std::string> SchemaTables() {
     std::vector<std::string> tables = {
         "account_entries", "account_settlements", "card_payments", "cash_movements",
         "document_history", "document_lines", "document_payments", "document_taxes",
+        "restaurant_imports",
         "documents", "item_stock", "stock_movements", "connector_settings_history",
         "company",        "connector_settings", "customer_types", "customers",
         "document_series", "document_types",    "families",       "item_prices",

@@ -237,6 +237,10 @@ std::vector<RestaurantSettings> SettingsDocument::Restaurants() const {
         r.importDateEntities = element.attribute("ImportDateEntities").value();
         r.importDateTransactions = element.attribute("ImportDateTransactions").value();
         r.series = element.attribute("TransSerial").value();
+        r.workstation = element.attribute("WorkstationID").value();
+        r.defaultWarehouse = element.attribute("DefaultWarehouseID").value();
+        r.wasteWarehouse = element.attribute("WasteWarehouseID").value();
+        r.supplier = element.attribute("DefaultSupplierID").value();
         restaurants.push_back(std::move(r));
     });
     return restaurants;
@@ -250,6 +254,8 @@ std::optional<std::string> ConnectionValueProblem(const std::string& what, const
         "apontar para outro servidor). Mude o valor no servidor do restaurante.",
         what, what == "A palavra-passe" ? std::string("********") : value);
 }
+
+std::string RestaurantNameKey(std::string_view name) { return NameKey(name); }
 
 std::vector<std::string> SharedSeriesProblems(const std::vector<RestaurantSettings>& restaurants) {
     std::vector<std::string> problems;

@@ -30,7 +30,17 @@ struct RestaurantSettings {
     std::string importDateEntities;
     std::string importDateTransactions;
     std::string series;  // TransSerial: the back-office document series of its documents
+    // The back office's records its documents, lines and items are given, as written (empty
+    // when the attribute is missing: the connector then reads 0).
+    std::string workstation;       // WorkstationID
+    std::string defaultWarehouse;  // DefaultWarehouseID
+    std::string wasteWarehouse;    // WasteWarehouseID
+    std::string supplier;          // DefaultSupplierID
 };
+
+// A restaurant's name as the import and the log tell restaurants apart: without the blanks
+// around it and without letter case.
+std::string RestaurantNameKey(std::string_view name);
 
 // The problems of restaurants that share a document series: a series belongs to one
 // restaurant, whose documents it numbers; a second restaurant in it would replace the first

@@ -18,6 +18,7 @@
 #include "backoffice/BackOffice.h"
 #include "backoffice/PrivateFiles.h"
 #include "backoffice/SettingsDocument.h"
+#include "backoffice/SettingsRecords.h"
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/JsonText.h"
 #include "backoffice/cli/ConnectorSession.h"
@@ -211,8 +212,18 @@ int RunCheck(CommandContext& context) {
             context.err << "kitra-host: " << problem << "\n";
             settingsValid = false;
         }
-        for (const RestaurantSettings& restaurant : document.Restaurants())
+        const std::vector<RestaurantSettings> restaurants = document.Restaurants();
+        for (const RestaurantSettings& restaurant : restaurants) {
             checks.push_back(Check(restaurant));
+            // The records it names that the back office lacks: a run would not start.
+            for (const std::string& missing :
+                 MissingRecordProblems(session.Office().GetDatabase(), {restaurant})) {
+                const std::string who = "Restaurante '" + restaurant.name + "': ";
+                checks.back().problems.push_back(missing.starts_with(who) ? missing.substr(who.size())
+                                                                          : missing);
+                settingsValid = false;
+            }
+        }
     } catch (const Error& error) {
         context.err << "kitra-host: as configurações guardadas não se deixam ler: "
                     << error.Description() << "\n";

@@ -69,6 +69,10 @@ int RunRegister(CommandContext& context);
 int RunUnregister(CommandContext& context);
 int RunReport(CommandContext& context);
 int RunSeries(CommandContext& context);
+// Taking out by hand what only the back office has (DocumentCommands.cpp).
+int RunDocument(CommandContext& context);
+int RunCashMovement(CommandContext& context);
+int RunReceipt(CommandContext& context);
 
 // The back office's own records (RecordCommands.cpp, CompanyCommand.cpp).
 int RunDocumentType(CommandContext& context);

@@ -63,13 +63,25 @@ const std::vector<Command>& AllCommands() {
          "retaguarda (DATA: aaaa-mm-dd ou \"aaaa-mm-dd hh:mm:ss\"), mostra o que falta ou difere "
          "e o 'state set' que o volta a importar.",
          &RunReconcile},
+        {"document", "void|remove|history TIPO SÉRIE/NÚMERO",
+         "Anula ou remove da retaguarda um documento (venda, venda a crédito, devolução, guia, "
+         "autoconsumo) que só ela tem, ou mostra o seu histórico; recusa o que outro documento "
+         "refere (uma venda a crédito que um recibo liquida). A versão anterior fica no histórico.",
+         &RunDocument},
+        {"cash-movement", "void|remove|history TIPO SÉRIE/NÚMERO",
+         "O mesmo para um movimento de caixa (entrada, saída, adiantamento).", &RunCashMovement},
+        {"receipt", "void|remove|history TIPO SÉRIE/NÚMERO",
+         "O mesmo para um recibo; o que ele liquidou volta a ficar em aberto.", &RunReceipt},
         {"execute", "[--quiet|--verbose]",
-         "Importa os restaurantes configurados; --quiet mostra só os resumos, --verbose "
-         "também cada registo importado (códigos de saída abaixo).",
+         "Importa os restaurantes configurados, cada um desde um segundo antes do início da "
+         "sua importação anterior; recusa configurações que o conector rejeita ou que nomeiam "
+         "registos que a retaguarda não tem. --quiet mostra só os resumos, --verbose também "
+         "cada registo importado (códigos de saída abaixo).",
          &RunExecute},
         {"state", "[set RESTAURANTE [--entities DATA] [--transactions DATA]]",
-         "Mostra as datas da última importação de cada restaurante, ou muda-as (DATA: "
-         "\"aaaa-mm-dd hh:mm:ss\", ou aaaa-mm-dd para as 00:00:00).",
+         "Mostra as datas da última importação de cada restaurante, o início da sua importação "
+         "anterior e de onde parte a próxima, ou muda-as (DATA: \"aaaa-mm-dd hh:mm:ss\", ou "
+         "aaaa-mm-dd para as 00:00:00).",
          &RunState},
         {"log", "list|show|delete ...",
          "Lista os registos de log com os erros e avisos de cada um; mostra ou apaga um: "

@@ -10,6 +10,7 @@
 #include "backoffice/BackOffice.h"
 #include "backoffice/RunLock.h"
 #include "backoffice/SettingsDocument.h"
+#include "backoffice/SettingsRecords.h"
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/ComponentLoader.h"
 #include "backoffice/cli/ConnectorSession.h"
@@ -62,7 +63,13 @@ int RunValidate(CommandContext& context) {
     // What the connector's own rules let through but a run could not use.
     if (const auto stored = session.Office().settingsStore.StoredText(kSettingsKey1, kSettingsKey2)) {
         try {
-            for (const std::string& problem : SettingsDocument::Parse(*stored).Problems()) {
+            const SettingsDocument document = SettingsDocument::Parse(*stored);
+            std::vector<std::string> problems = document.Problems();
+            // The records the restaurants name that the back office lacks: a run refuses them.
+            for (std::string& missing :
+                 MissingRecordProblems(session.Office().GetDatabase(), document.Restaurants()))
+                problems.push_back(std::move(missing));
+            for (const std::string& problem : problems) {
                 context.err << "kitra-host: " << problem << "\n";
                 valid = false;
             }

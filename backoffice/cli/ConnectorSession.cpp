@@ -12,6 +12,10 @@ constexpr const char* kEndOfRun = "A importação chegou ao fim.";
 host::MessageAnswer RoutedMessageBoxes::Show(const std::string& text, host::MessageStyle style,
                                              host::MessageButtons buttons,
                                              const std::string& title) {
+    if (collected != nullptr) {
+        collected->push_back(text);
+        return host::MessageAnswer::Ok;
+    }
     if (text == kEndOfRun) runEnded = true;
     // The importers report their errors in boxes captioned "Error"; the log's are "Erro".
     const bool error = style == host::MessageStyle::Critical ||
@@ -40,6 +44,23 @@ ConnectorSession::ConnectorSession(CommandContext& context, const std::string& o
     }
     connector_->EventNotifier(notifier_);
     connector_->Init();
+}
+
+std::vector<std::string> ConnectorSession::ConnectorRefusals() {
+    std::vector<std::string> said;
+    boxes_.collected = &said;
+    bool valid = false;
+    try {
+        valid = Connector().ValidateSettings();
+    } catch (...) {
+        boxes_.collected = nullptr;
+        throw;
+    }
+    boxes_.collected = nullptr;
+    if (!valid && said.empty())
+        said.push_back("O conector não consegue ler as configurações guardadas.");
+    if (valid) said.clear();
+    return said;
 }
 
 ConnectorSession::~ConnectorSession() {

@@ -5,6 +5,7 @@
 // that drive the connector work inside one.
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "backoffice/BackOffice.h"
 #include "backoffice/ConsoleServices.h"
@@ -25,6 +26,9 @@ public:
     host::MessageAnswer Show(const std::string& text, host::MessageStyle style,
                              host::MessageButtons buttons, const std::string& title) override;
     bool runEnded = false;
+    // While set, every text is kept here instead of shown (the connector's validation tells
+    // each failing rule in a box of its own).
+    std::vector<std::string>* collected = nullptr;
 
 private:
     ConsoleMessageBoxes out_;
@@ -44,7 +48,11 @@ public:
 
     host::IConnector& Connector() { return *connector_.Get(); }
     BackOffice& Office() { return office_; }
+    TerminalNotifier& Notifier() { return *notifier_; }
     bool RunEnded() const { return boxes_.runEnded; }
+    // The connector's own validation of the stored settings (its settings dialog's rules): the
+    // text of each rule that fails; empty when they pass.
+    std::vector<std::string> ConnectorRefusals();
 
 private:
     BackOffice office_;

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstring>
 #include <filesystem>
@@ -18,13 +19,16 @@
 #include <ostream>
 #include <set>
 #include <string_view>
+#include <thread>
 
 #include "backoffice/LogProblems.h"
+#include "backoffice/RestaurantImports.h"
 #include "backoffice/RunLock.h"
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/ConnectorSession.h"
 #include "backoffice/cli/PastableCommand.h"
+#include "backoffice/cli/SettingsRefusals.h"
 #include "core/Clock.h"
 #include "core/DateTime.h"
 #include "core/Environment.h"
@@ -210,6 +214,49 @@ void StoreLogsOfKilledRuns(CommandContext& context, BackOffice& office) {
     }
 }
 
+// A run starts no earlier than the second after the last one logged: a restaurant's log row
+// is keyed by its restaurant and the second its import ended, and a run right after another
+// could end a restaurant in that same second, and its row would not be stored. A last row more
+// than a few seconds ahead of the clock is a clock set back, not a run just ended: no wait.
+void WaitPastTheLastLoggedSecond(BackOffice& office) {
+    if (!office.schema.TableExists("Kitra2Log")) return;
+    ado::Recordset rs = office.connection.Query(
+        host::SqlStatement("SELECT ImportDate FROM Kitra2Log ORDER BY ImportDate DESC LIMIT 1"));
+    if (rs.Eof() || rs["ImportDate"].IsNull()) return;
+    const DateTime last = rs["ImportDate"].ToDate();
+    const DateTime now = SystemClock().Now();
+    if (now > last || last.ToSerial() - now.ToSerial() > 3.0 / 86400) return;
+    while (SystemClock().Now() <= last) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+}
+
+// Keeps, for each restaurant whose dates the run moved, the second its import began and the
+// dates it left: where its next run starts.
+void RecordRestaurantImports(CommandContext& context, BackOffice& office, RestaurantImports& imports,
+                             const std::vector<RestaurantSettings>& before,
+                             const std::string& runSettings,
+                             const std::map<std::string, DateTime>& began) {
+    const auto after = office.settingsStore.StoredText(kSettingsKey1, kSettingsKey2);
+    if (!after || *after == runSettings) return;  // the run saved no dates
+    for (const RestaurantSettings& restaurant : StoredRestaurants(after)) {
+        const auto start = began.find(restaurant.name);
+        if (start == began.end()) continue;
+        const auto was = std::find_if(before.begin(), before.end(), [&](const RestaurantSettings& r) {
+            return r.name == restaurant.name;
+        });
+        if (was != before.end() && was->importDateEntities == restaurant.importDateEntities &&
+            was->importDateTransactions == restaurant.importDateTransactions)
+            continue;
+        try {
+            imports.Record({restaurant.name, start->second, restaurant.importDateEntities,
+                            restaurant.importDateTransactions});
+        } catch (const std::exception& failure) {
+            context.err << "kitra-host: aviso: não foi possível guardar o início da importação de '"
+                        << restaurant.name << "' (" << DescriptionOf(failure)
+                        << "); a próxima importação começa nas datas que esta deixou.\n";
+        }
+    }
+}
+
 }  // namespace
 
 // A group of the run's records is committed when it holds this many records or is this old.
@@ -257,20 +304,33 @@ int RunExecute(CommandContext& context) {
                        "com 'kitra-host settings load FICHEIRO'.\n";
         return kExitFailure;
     }
+    const std::string notStarted =
+        "kitra-host: a importação não começou: nada foi importado e as datas de importação "
+        "ficaram como estavam.";
     std::vector<RestaurantSettings> restaurants;
-    std::string unreadable;  // why the stored settings cannot be read, when they cannot
     try {
         restaurants = SettingsDocument::Parse(*stored).Restaurants();
     } catch (const Error& error) {
-        unreadable = error.Description();
+        // The connector would read such a text as empty settings and save them over it.
+        context.err << "kitra-host: as configurações guardadas não se deixam ler ("
+                    << error.Description() << ").\n"
+                    << notStarted << " Uma versão anterior está em 'kitra-host settings history'; "
+                    << "reponha-a com 'kitra-host settings restore N' e corrija-a.\n";
+        return kExitFailure;
     }
-    if (const auto shared = SharedSeriesProblems(restaurants); !shared.empty()) {
-        // Caught half-way, the second restaurant's documents would replace the first one's.
-        for (const std::string& problem : shared) context.err << "kitra-host: " << problem << "\n";
-        context.err << "kitra-host: a importação não começou: nada foi importado e as datas de "
-                       "importação ficaram como estavam. Corrija as configurações ("
-                    << PastableCommand(context.dataFolder, {"settings", "load", "FICHEIRO"})
-                    << ").\n";
+    // Settings that cannot import are refused before the connector runs, never half-way: caught
+    // in the run, a restaurant sharing a series would replace another's documents, a document
+    // type not chosen would leave its documents out as warnings and a record the back office
+    // lacks would stop the documents or take them in without it, each time with the dates moved
+    // past what was left.
+    std::vector<std::string> refusals = SharedSeriesProblems(restaurants);
+    for (std::string& refusal : ImportRefusals(session, *stored)) refusals.push_back(std::move(refusal));
+    if (!refusals.empty()) {
+        for (const std::string& refusal : refusals) context.err << "kitra-host: " << refusal << "\n";
+        context.err << notStarted << " Corrija as configurações ("
+                    << PastableCommand(context.dataFolder, {"settings", "load", "FICHEIRO"}) << " ou "
+                    << PastableCommand(context.dataFolder, {"settings", "set", "RESTAURANTE", "ATRIBUTO", "VALOR"})
+                    << ") ou crie o que falta na retaguarda.\n";
         return kExitFailure;
     }
     std::ostream& err = context.err;
@@ -282,6 +342,47 @@ int RunExecute(CommandContext& context) {
     office.GetDatabase().EnsureWritable();
     RequireUsableLogFolder(office);
     StoreLogsOfKilledRuns(context, office);
+    WaitPastTheLastLoggedSecond(office);
+
+    // Each restaurant starts again from one second before its last import began, so that what
+    // changed while that import went on, or in the second it ended, comes again.
+    RestaurantImports imports(office.GetDatabase());
+    std::string runSettings = *stored;  // what the connector is given to start from
+    {
+        SettingsDocument document = SettingsDocument::Parse(*stored);
+        bool moved = false;
+        for (RestaurantSettings& restaurant : restaurants) {
+            const std::optional<RestaurantImport> last = imports.Last(restaurant.name);
+            const NextImportDates next = NextImportFrom(restaurant, last);
+            if (next.entities == restaurant.importDateEntities &&
+                next.transactions == restaurant.importDateTransactions)
+                continue;
+            document.SetImportDates(restaurant.name, next.entities, next.transactions);
+            if (detail != ProgressDetail::Quiet) {
+                context.out << "Restaurante '" << restaurant.name << "': as datas de importação "
+                            << "recuam para " << SecondBefore(last->startedAt)
+                            << ", um segundo antes do início da importação anterior ("
+                            << FormatIsoDateTime(last->startedAt)
+                            << "), para que o que mudou durante ela venha de novo.\n";
+            }
+            restaurant.importDateEntities = next.entities;
+            restaurant.importDateTransactions = next.transactions;
+            moved = true;
+        }
+        if (moved) {
+            runSettings = document.Text();
+            office.settingsStore.SetOrigin("execute (início da importação anterior)");
+            office.settingsStore.SaveText(kSettingsKey1, kSettingsKey2, runSettings);
+            office.settingsStore.SetOrigin("execute");
+        }
+    }
+    // The second each restaurant's import begins, as the run announces it.
+    std::map<std::string, DateTime> began;
+    session.Notifier().statusSeen = [&began](const std::string& text) {
+        constexpr std::string_view kStarting = "A integrar Restaurante: ";
+        if (text.starts_with(kStarting))
+            began.emplace(text.substr(kStarting.size()), SystemClock().Now());
+    };
 
     // The run's rows are those written since a minute before its start that were not there
     // before it (the run before may have written one in the same second).
@@ -296,6 +397,8 @@ int RunExecute(CommandContext& context) {
         session.Connector().Execute();
         grouped.End();
     }
+    session.Notifier().statusSeen = nullptr;
+    RecordRestaurantImports(context, office, imports, restaurants, runSettings, began);
     std::map<std::string, std::vector<std::pair<std::string, std::string>>> runRows;  // by restaurant
     for (auto& [key, contents] : LogRowsSince(office, since)) {
         if (!before.contains(key)) runRows[key.first].push_back({key.second, contents});
@@ -355,19 +458,10 @@ int RunExecute(CommandContext& context) {
                                        {"log", "show", restaurant.name, rows->second.back().first})
                     << "\n";
     }
-    if (!unreadable.empty()) {
-        // The connector reads such a text as empty settings and saves them; the text itself was
-        // kept in the settings history when they were saved.
-        context.err << "kitra-host: as configurações guardadas não se deixavam ler (" << unreadable
-                    << "): nenhum restaurante foi importado e a importação guardou configurações "
-                       "vazias. A versão anterior está em 'kitra-host settings history'; "
-                       "reponha-a com 'kitra-host settings restore N' e corrija-a.\n";
-        return ended ? kExitAttention : kExitFailure;
-    }
     if (!ended) {
         // The dates are saved with the settings after the last restaurant; what fails after
         // that (the compaction of the back office) leaves them saved.
-        if (office.settingsStore.StoredText(kSettingsKey1, kSettingsKey2) != stored) {
+        if (office.settingsStore.StoredText(kSettingsKey1, kSettingsKey2) != runSettings) {
             context.err << "kitra-host: a importação não chegou ao fim, mas todos os restaurantes "
                            "foram importados e as novas datas de importação foram guardadas. "
                            "Veja a mensagem acima.\n";

@@ -2,13 +2,16 @@
 // the back office keeps of them, over a period of the documents' own dates. It reads the
 // restaurant (only SELECT, over the connection the import uses) and the back office, shows per
 // kind how many there are and what they are worth on each side, then each record that is on one
-// side only or differs, and the `state set` command that makes the next run import them again.
+// side only or differs, the `state set` command that makes the next run import them again, and
+// for each record only the back office has, the command that takes it out.
 #include <algorithm>
+#include <optional>
 #include <ostream>
 
 #include <fmt/format.h>
 
 #include "backoffice/BackOffice.h"
+#include "backoffice/RestaurantImports.h"
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/JsonText.h"
@@ -93,6 +96,19 @@ std::vector<std::string> RewindCommands(const CommandContext& context, const Res
     if (!r.outcome.rewindTo) return {};
     return {PastableCommand(context.dataFolder, {"state", "set", r.name, "--transactions", *r.outcome.rewindTo}),
             PastableCommand(context.dataFolder, {"execute"})};
+}
+
+// The command that takes out of the back office a record that only it has: the restaurant
+// does not have it (any more), so no import ever takes it out.
+std::optional<std::string> RemovalCommand(const CommandContext& context, const Difference& d,
+                                          const std::string& series) {
+    if (d.restaurant || !d.backOffice || d.backOffice->key == 0) return std::nullopt;
+    const char* command = d.kind == Kind::CashMovements ? "cash-movement"
+                          : d.kind == Kind::Receipts    ? "receipt"
+                                                        : "document";
+    return PastableCommand(context.dataFolder,
+                           {command, "remove", d.backOffice->type,
+                            series + "/" + std::to_string(d.backOffice->number)});
 }
 
 // The credit sales a receipt settles, by their back-office names: "FAC EXT/3, FAC EXT/4".
@@ -203,6 +219,16 @@ void PrintText(std::ostream& out, std::ostream& err, const CommandContext& conte
             out << "... e mais " << o.differences.size() - shown
                 << " (--all mostra todas as diferenças).\n";
         }
+        std::vector<std::string> removals;
+        for (std::size_t i = 0; i < shown; ++i) {
+            if (auto command = RemovalCommand(context, o.differences[i], r.series))
+                removals.push_back(std::move(*command));
+        }
+        if (!removals.empty()) {
+            out << "Para tirar da retaguarda o que só ela tem (importar de novo não o tira; veja "
+                   "antes se o restaurante o tem com outra data ou outro total, abaixo ou acima):\n";
+            for (const std::string& command : removals) out << "  " << command << "\n";
+        }
         const bool stops = std::any_of(o.differences.begin(), o.differences.end(), [](const Difference& d) {
             return d.restaurant && !d.restaurant->unimportable.empty();
         });
@@ -293,6 +319,7 @@ void PrintJson(std::ostream& out, const CommandContext& context, const std::vect
                 << ",\"backOffice\":" << JsonRecord(difference.kind, difference.backOffice)
                 << ",\"pending\":" << (difference.pending ? "true" : "false")
                 << ",\"obstacle\":" << JsonOrNull(difference.obstacle)
+                << ",\"remove\":" << JsonOrNull(RemovalCommand(context, difference, r.series).value_or(""))
                 << ",\"description\":" << Json(Description(difference, r.types, r.series)) << "}";
         }
         const std::vector<std::string> rewind = RewindCommands(context, r);
@@ -343,6 +370,11 @@ int RunReconcile(CommandContext& context) {
             return kExitFailure;
         }
     }
+    // A record is pending when the next run selects it, and the next run starts one second
+    // before the last one began.
+    const RestaurantImports imports(office.GetDatabase());
+    for (RestaurantSettings& restaurant : restaurants)
+        restaurant.importDateTransactions = NextImportFrom(restaurant, imports.Last(restaurant.name)).transactions;
     const KnownCodes known = ReadKnownCodes(office.GetDatabase());
     std::vector<RestaurantResult> results;
     for (const RestaurantSettings& restaurant : restaurants)

@@ -14,6 +14,7 @@
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
 #include "backoffice/cli/ConnectorSession.h"
+#include "backoffice/cli/SettingsRefusals.h"
 #include "core/DateTime.h"
 #include "core/Error.h"
 
@@ -87,6 +88,17 @@ int StoreThroughConnector(CommandContext& context, ConnectorSession& session,
     return kExitOk;
 }
 
+// What a run would refuse in the settings just stored: they stay stored (the records they name
+// may be created next, a document type chosen in the dialog), and each refusal is told now, as
+// the run would tell it.
+void TellImportRefusals(CommandContext& context, ConnectorSession& session, const std::string& xml) {
+    const std::vector<std::string> refusals = ImportRefusals(session, xml);
+    if (refusals.empty()) return;
+    context.err << "kitra-host: aviso: a importação recusa estas configurações ('kitra-host execute' "
+                   "não começa) enquanto:\n";
+    for (const std::string& refusal : refusals) context.err << "  " << refusal << "\n";
+}
+
 int Load(CommandContext& context) {
     const bool datesFromFile = context.TakeFlag("--dates-from-file");
     ExpectArguments(context, 2, "settings load [--dates-from-file] FICHEIRO");
@@ -131,6 +143,7 @@ int Load(CommandContext& context) {
                                              document->Restaurants().size(), previous,
                                              "de '" + path + "'");
     if (status != kExitOk) return status;
+    TellImportRefusals(context, session, document->Text());
     for (const std::string& line : kept) context.out << line << "\n";
     const std::size_t count = document->Restaurants().size();
     context.out << "Configurações guardadas (" << count << " restaurante" << (count == 1 ? "" : "s")
@@ -168,6 +181,7 @@ int Set(CommandContext& context) {
                                              document->Restaurants().size(), previous,
                                              "alteradas");
     if (status != kExitOk) return status;
+    TellImportRefusals(context, session, document->Text());
     context.out << "Restaurante '" << restaurant << "': " << attribute << " = "
                 << (attribute == "ServerPassword" ? std::string(kMaskedPassword) : value)
                 << " (a versão anterior das configurações ficou no histórico).\n";

@@ -1,8 +1,11 @@
 // kitra-host state: each restaurant's two import dates, the moments from which its next import
 // selects what changed, shown and moved (back after a failed run, or forward to skip data).
+// 'execute' starts each restaurant one second before its last import began, for each date that
+// import left as it is; the table shows that too.
 #include <ostream>
 
 #include "backoffice/BackOffice.h"
+#include "backoffice/RestaurantImports.h"
 #include "backoffice/RunLock.h"
 #include "backoffice/SettingsDocument.h"
 #include "backoffice/cli/Command.h"
@@ -42,10 +45,22 @@ std::optional<std::string> DateOption(CommandContext& context, const std::string
     return moment;
 }
 
-void Print(std::ostream& out, const std::vector<RestaurantSettings>& restaurants) {
-    out << "Restaurante\tEntidades\tTransacções\n";
-    for (const RestaurantSettings& r : restaurants)
-        out << r.name << "\t" << r.importDateEntities << "\t" << r.importDateTransactions << "\n";
+// The stored dates, the second the restaurant's last import by this host began, and where the
+// next import starts: one second before it for each date that import left as it is.
+void Print(std::ostream& out, BackOffice& office, const std::vector<RestaurantSettings>& restaurants) {
+    out << "Restaurante\tEntidades\tTransacções\tInício da importação anterior\tPróxima importação "
+           "desde\n";
+    const RestaurantImports imports(office.GetDatabase());
+    for (const RestaurantSettings& r : restaurants) {
+        const std::optional<RestaurantImport> last = imports.Last(r.name);
+        const NextImportDates next = NextImportFrom(r, last);
+        out << r.name << "\t" << r.importDateEntities << "\t" << r.importDateTransactions << "\t"
+            << (last ? FormatIsoDateTime(last->startedAt) : std::string("-")) << "\t"
+            << (next.entities == next.transactions
+                    ? next.entities
+                    : "entidades " + next.entities + ", transacções " + next.transactions)
+            << "\n";
+    }
 }
 
 int Set(CommandContext& context) {
@@ -79,7 +94,7 @@ int RunState(CommandContext& context) {
     if (!context.arguments.empty() && context.arguments.front() == "set") return Set(context);
     ExpectArguments(context, 0, "state | kitra-host " + std::string(kSetUsage));
     BackOffice office(context.dataFolder);
-    Print(context.out, StoredSettings(office).Restaurants());
+    Print(context.out, office, StoredSettings(office).Restaurants());
     return kExitOk;
 }
 

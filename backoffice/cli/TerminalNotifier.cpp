@@ -69,6 +69,7 @@ void TerminalNotifier::NotifyProgress(long position, long total, const std::stri
 }
 
 void TerminalNotifier::NotifyStatus(const std::string& text) {
+    if (statusSeen) statusSeen(text);
     const bool perRecord = afterProgress_ && !IsSummaryLine(text);
     afterProgress_ = false;
     if (detail_ == ProgressDetail::Quiet) {

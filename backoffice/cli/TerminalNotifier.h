@@ -8,6 +8,7 @@
 //   that is then left out: its reason ("Não foi possível adicionar ...") shows instead. So a
 //   document's, cash movement's or receipt's own line shows once the next one starts.
 // - Quiet: only the summary of each restaurant; no progress.
+#include <functional>
 #include <ostream>
 #include <string>
 
@@ -28,6 +29,10 @@ public:
 
     void NotifyProgress(long position, long total, const std::string& text) override;
     void NotifyStatus(const std::string& text) override;
+
+    // Shown every status text as it comes, before it is printed (the host notes when each
+    // restaurant's import begins).
+    std::function<void(const std::string&)> statusSeen;
 
 private:
     void EndBar();

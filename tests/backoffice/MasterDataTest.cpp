@@ -378,7 +378,7 @@ TEST(Items, AFileOfVersion1GetsTheItemsCostAndNotesWhenOpened) {
     office->GetDatabase().Exec(
         "ALTER TABLE items DROP COLUMN CostPrice; ALTER TABLE items DROP COLUMN Notes; "
         "ALTER TABLE connector_settings DROP COLUMN UpdatedBy; DROP TABLE connector_settings_history; "
-        "DROP VIEW item_stock; DROP TABLE document_history; DROP TABLE account_settlements; "
+        "DROP TABLE restaurant_imports; DROP VIEW item_stock; DROP TABLE document_history; DROP TABLE account_settlements; "
         "DROP TABLE cash_movements; DROP TABLE account_entries; "
         "DROP TABLE stock_movements; DROP TABLE card_payments; DROP TABLE document_payments; "
         "DROP TABLE document_taxes; DROP TABLE document_lines; DROP TABLE documents; "

@@ -20,15 +20,16 @@ const std::string kOneRestaurant =
     "ImportDateEntities=\"2010-01-01 00:00:00\" ImportDateTransactions=\"2010-01-01 00:00:00\"/>"
     "</Restaurants><TenderEquivalence/><TaxableGroupEquivalence/></KitraConnectorSetting>";
 
-const std::string kValidSettings =
+// Settings an import accepts, of one restaurant on a server that is not there.
+const std::string kRunnableRestaurant =
     "<KitraConnectorSetting InvoiceTransDocument=\"VB\" CreditTransDocument=\"FAC\" "
     "StockTransDocument=\"GT\" CashEntranceTransDocument=\"EC\" CashWithdrawalTransDocument=\"SC\" "
     "CustomerPaymentTransDocument=\"PCL\" CustomerPaymentAccountDocument=\"ADC\" "
     "DefaultTenderPayment=\"1\" DefaultTaxableGroup=\"1\"><Restaurants><Restaurant Name=\"Centro\" "
-    "ServerName=\"127.0.0.1\" ServerPort=\"1\" ServerDBName=\"r\" ServerUser=\"u\" "
-    "TransSerial=\"EXT\" DefaultSupplierID=\"1\" ImportDateEntities=\"2024-01-01 00:00:00\" "
-    "ImportDateTransactions=\"2024-01-01 00:00:00\"/></Restaurants><TenderEquivalence/>"
-    "<TaxableGroupEquivalence/></KitraConnectorSetting>";
+    "ServerName=\"127.0.0.1\" ServerPort=\"1\" ServerDBName=\"r\" ServerUser=\"u\" ServerPassword=\"p\" "
+    "WorkstationID=\"1\" DefaultWarehouseID=\"1\" DefaultSupplierID=\"1\" TransSerial=\"EXT\" "
+    "ImportDateEntities=\"2010-01-01 00:00:00\" ImportDateTransactions=\"2010-01-01 00:00:00\"/>"
+    "</Restaurants><TenderEquivalence/><TaxableGroupEquivalence/></KitraConnectorSetting>";
 
 TEST_F(KitraHostTest, InfoShowsTheConnectorsIdentity) {
     const Result r = Run("info");
@@ -88,7 +89,7 @@ TEST_F(KitraHostTest, UsageMistakesAndMissingFiles) {
 
 TEST_F(KitraHostTest, ValidateNeedsStoredSettings) {
     EXPECT_EQ(Run("validate").exit, 1);
-    ASSERT_EQ(Run("settings load " + WriteSettings(kValidSettings)).exit, 0);
+    ASSERT_EQ(Run("settings load " + WriteSettings(kRunnableRestaurant)).exit, 0);
     const Result valid = Run("validate");
     EXPECT_EQ(valid.exit, 0) << valid.out;
     EXPECT_EQ(valid.out, "As configurações são válidas.\n");
@@ -118,7 +119,7 @@ TEST_F(KitraHostTest, ExecuteWithoutSettingsSaysSoOnStderr) {
 }
 
 TEST_F(KitraHostTest, ExecuteThenLogListShowDelete) {
-    ASSERT_EQ(Run("settings load " + WriteSettings(kOneRestaurant)).exit, 0);
+    ASSERT_EQ(Run("settings load " + WriteSettings(kRunnableRestaurant)).exit, 0);
     const Result run = Run("execute");
     EXPECT_EQ(run.exit, 3) << run.out;  // nothing listens on port 1
     EXPECT_NE(run.out.find("A integrar Restaurante: Centro\n"), std::string::npos) << run.out;
@@ -179,7 +180,7 @@ TEST_F(KitraHostTest, TraceWithoutAScreenSaysWhy) {
 }
 
 TEST_F(KitraHostTest, ResetDataEmptiesTheLog) {
-    ASSERT_EQ(Run("settings load " + WriteSettings(kOneRestaurant)).exit, 0);
+    ASSERT_EQ(Run("settings load " + WriteSettings(kRunnableRestaurant)).exit, 0);
     ASSERT_EQ(Run("execute").exit, 3);
     ASSERT_NE(Run("log list").out, "");
     EXPECT_EQ(Run("reset-data").exit, 0);

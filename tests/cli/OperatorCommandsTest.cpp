@@ -4,7 +4,15 @@
 // stored, and back-office files that are not back offices.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <filesystem>
+#include <vector>
+#include <utility>
+#include <thread>
+#include <set>
+#include <ctime>
+#include <chrono>
+#include <algorithm>
 #include <fstream>
 #include <string>
 
@@ -19,20 +27,46 @@ namespace fs = std::filesystem;
 
 using testing::HostResult;
 using testing::KitraHostTest;
-using OperatorTest = KitraHostTest;
 
+// The series of a restaurant of these tests: the first three letters of its name, in capitals.
+std::string SeriesOf(const std::string& name) {
+    std::string series;
+    for (char c : name) {
+        if (std::isalpha(static_cast<unsigned char>(c)) && series.size() < 3)
+            series += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    return series;
+}
+
+// A restaurant an import accepts (its series, workstation, warehouses and supplier are the back
+// office's) on a server that is not there.
 std::string Restaurant(const std::string& name, const std::string& password = "p",
                        const std::string& extra = "") {
     return "<Restaurant Name=\"" + name + "\" ServerName=\"127.0.0.1\" ServerPort=\"1\" ServerDBName=\"r\" "
-           "ServerUser=\"u\" ServerPassword=\"" + password + "\" ImportDateEntities=\"2010-01-01 00:00:00\" "
+           "ServerUser=\"u\" ServerPassword=\"" + password + "\" WorkstationID=\"1\" "
+           "DefaultWarehouseID=\"1\" WasteWarehouseID=\"2\" DefaultSupplierID=\"1\" TransSerial=\"" +
+           SeriesOf(name) + "\" ImportDateEntities=\"2010-01-01 00:00:00\" "
            "ImportDateTransactions=\"2010-01-01 00:00:00\"" + extra + "/>";
 }
 
 std::string Settings(const std::string& restaurants) {
-    return "<KitraConnectorSetting InvoiceTransDocument=\"FAC\" DefaultTenderPayment=\"1\" "
+    return "<KitraConnectorSetting InvoiceTransDocument=\"FAC\" CreditTransDocument=\"FAC\" "
+           "StockTransDocument=\"GT\" CashEntranceTransDocument=\"EC\" "
+           "CashWithdrawalTransDocument=\"SC\" CustomerPaymentTransDocument=\"PCL\" "
+           "CustomerPaymentAccountDocument=\"ADC\" DefaultTenderPayment=\"1\" "
            "DefaultTaxableGroup=\"1\"><Restaurants>" + restaurants +
            "</Restaurants><TenderEquivalence/><TaxableGroupEquivalence/></KitraConnectorSetting>";
 }
+
+class OperatorTest : public KitraHostTest {
+protected:
+    void SetUp() override {
+        KitraHostTest::SetUp();
+        // Each restaurant these tests run has a series of its own.
+        for (const char* series : {"CEN", "PRA", "NOR", "FOZ", "RES"})
+            ASSERT_EQ(Run(std::string("series add ") + series + " Restaurante").exit, 0);
+    }
+};
 
 TEST_F(OperatorTest, AnUnreachableRestaurantExitsThreeAndIsNamedOnStderr) {
     ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro") + Restaurant("Praia")))).exit, 0);
@@ -79,7 +113,8 @@ TEST_F(OperatorTest, ARunWithoutAUsableLogFolderDoesNotStartAndExitsOne) {
     EXPECT_EQ(run.exit, 1) << run.out;
     EXPECT_NE(run.err.find("é um ficheiro, não uma pasta"), std::string::npos) << run.err;
     EXPECT_NE(run.err.find("A importação não começou"), std::string::npos) << run.err;
-    EXPECT_NE(Run("state").out.find("\nCentro\t2010-01-01 00:00:00\t2010-01-01 00:00:00\n"), std::string::npos);
+    EXPECT_NE(Run("state").out.find("\nCentro\t2010-01-01 00:00:00\t2010-01-01 00:00:00\t-\t2010-01-01 00:00:00\n"),
+              std::string::npos);
 }
 
 TEST_F(OperatorTest, ASecondRunAndSettingsChangesRefuseWhileARunHoldsTheLock) {
@@ -105,16 +140,19 @@ TEST_F(OperatorTest, ASecondRunAndSettingsChangesRefuseWhileARunHoldsTheLock) {
 TEST_F(OperatorTest, StateListsAndMovesTheImportDates) {
     EXPECT_EQ(Run("state").exit, 1);  // nothing stored yet
     ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro") + Restaurant("Praia")))).exit, 0);
+    // Without a run of this host, each restaurant's next import starts at its dates.
     EXPECT_EQ(Run("state").out,
-              "Restaurante\tEntidades\tTransacções\n"
-              "Centro\t2010-01-01 00:00:00\t2010-01-01 00:00:00\n"
-              "Praia\t2010-01-01 00:00:00\t2010-01-01 00:00:00\n");
+              "Restaurante\tEntidades\tTransacções\tInício da importação anterior\tPróxima importação desde\n"
+              "Centro\t2010-01-01 00:00:00\t2010-01-01 00:00:00\t-\t2010-01-01 00:00:00\n"
+              "Praia\t2010-01-01 00:00:00\t2010-01-01 00:00:00\t-\t2010-01-01 00:00:00\n");
     EXPECT_EQ(Run("state set Praia --transactions '2024-01-05 10:00:00'").exit, 0);
     EXPECT_EQ(Run("state set Centro --entities '2023-12-31 23:59:59' --transactions '2024-01-01 00:00:00'").exit, 0);
     EXPECT_EQ(Run("state").out,
-              "Restaurante\tEntidades\tTransacções\n"
-              "Centro\t2023-12-31 23:59:59\t2024-01-01 00:00:00\n"
-              "Praia\t2010-01-01 00:00:00\t2024-01-05 10:00:00\n");
+              "Restaurante\tEntidades\tTransacções\tInício da importação anterior\tPróxima importação desde\n"
+              "Centro\t2023-12-31 23:59:59\t2024-01-01 00:00:00\t-\tentidades 2023-12-31 23:59:59, "
+              "transacções 2024-01-01 00:00:00\n"
+              "Praia\t2010-01-01 00:00:00\t2024-01-05 10:00:00\t-\tentidades 2010-01-01 00:00:00, "
+              "transacções 2024-01-05 10:00:00\n");
     for (const char* wrong : {"'2024-1-5 10:00:00'", "'2024-02-30 00:00:00'", "ontem", "'2024-01-05 10'"}) {
         const HostResult r = Run(std::string("state set Centro --entities ") + wrong);
         EXPECT_EQ(r.exit, 2) << wrong;
@@ -139,7 +177,7 @@ TEST_F(OperatorTest, StateSetTakesADayAloneAsItsMidnight) {
     ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
     const HostResult set = Run("state set Centro --entities 2024-01-05 --transactions '2024-02-01 10:30:00'");
     EXPECT_EQ(set.exit, 0) << set.out;
-    EXPECT_NE(Run("state").out.find("Centro\t2024-01-05 00:00:00\t2024-02-01 10:30:00\n"), std::string::npos);
+    EXPECT_NE(Run("state").out.find("Centro\t2024-01-05 00:00:00\t2024-02-01 10:30:00\t"), std::string::npos);
     for (const char* bad : {"2024-1-5", "2024-01-05 10:00", "05-01-2024", "2024-02-30"}) {
         const HostResult r = Run(std::string("state set Centro --entities '") + bad + "'");
         EXPECT_EQ(r.exit, 2) << bad;
@@ -254,7 +292,7 @@ TEST_F(OperatorTest, NumbersTheImportWouldMisreadAndNamesItCouldNotTellApartAreR
                           "WasteWarehouseID", "2"),
                      "DefaultSupplierID", "12"),
                "StockManagement", "0"),
-          Restaurant("Centro") + Restaurant("Centro Norte")}) {
+          Restaurant("Centro") + With(Restaurant("Centro Norte"), "TransSerial", "NOR")}) {
         const HostResult load = Run("settings load " + WriteSettings(Settings(restaurants), "good.xml"));
         EXPECT_EQ(load.exit, 0) << restaurants << "\n" << load.out;
     }
@@ -475,23 +513,23 @@ TEST_F(OperatorTest, ALogRowThatCannotBeStoredIsKeptInTheLogFolderAndReported) {
     EXPECT_EQ(kept, 1);
 }
 
-TEST_F(OperatorTest, ARunOverUnreadableSettingsSaysSoAndTheirTextCanBeRestored) {
-    // A text stored by an older program, with a bare "&": the connector reads it as empty.
+TEST_F(OperatorTest, ARunOverUnreadableSettingsDoesNotStartAndTheirTextCanBeRestored) {
+    // A text stored by an older program, with a bare "&": the connector would read it as empty
+    // settings and save them over it.
     const std::string unreadable = Settings(Restaurant("Centro", "a&b"));
     {
         backoffice::BackOffice office(Data());
         office.settingsStore.SaveText(backoffice::kSettingsKey1, backoffice::kSettingsKey2, unreadable);
     }
     const HostResult run = Run("execute");
-    EXPECT_EQ(run.exit, 3) << run.out;
-    EXPECT_NE(run.err.find("as configurações guardadas não se deixavam ler"), std::string::npos) << run.err;
+    EXPECT_EQ(run.exit, 1) << run.out;
+    EXPECT_NE(run.err.find("as configurações guardadas não se deixam ler"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("a importação não começou"), std::string::npos) << run.err;
     EXPECT_NE(run.err.find("kitra-host settings restore N"), std::string::npos) << run.err;
-    EXPECT_EQ(Run("state").out, "Restaurante\tEntidades\tTransacções\n");  // saved empty by the run
-    const HostResult history = Run("settings history");
-    ASSERT_TRUE(history.out.starts_with("N\tguardada em\tpor\tsubstituída em\tpor\trestaurantes\n1\t")) << history.out;
-    EXPECT_NE(history.out.find("\texecute\t?\n"), std::string::npos) << history.out;
-    EXPECT_EQ(Run("settings restore 1").exit, 0);
+    EXPECT_EQ(run.out.find("A integrar Restaurante"), std::string::npos) << run.out;
+    // Left as they were, not saved empty.
     EXPECT_EQ(Run("settings show --reveal").out, unreadable + "\n");
+    EXPECT_EQ(Run("settings history").out, "Não há versões anteriores das configurações.\n");
 }
 
 TEST_F(OperatorTest, CommandsOnAFolderWithoutABackOfficeLeaveNothingThere) {
@@ -562,6 +600,131 @@ TEST_F(OperatorTest, UnregisterWorksWhenTheRegisteredModuleIsGone) {
     EXPECT_NE(r.out.find("já não existe; o registo do componente foi anulado"), std::string::npos) << r.out;
     EXPECT_EQ(ReadWhole(folder / "registry"), "");
     EXPECT_EQ(Run("info").exit, 0);  // the module built beside the program again
+}
+
+// Settings the connector's own rules reject are refused before the run, not run with every
+// counter sale left out as a warning and the dates moved past them.
+TEST_F(OperatorTest, ExecuteRefusesSettingsTheConnectorRejectsAndNothingIsRun) {
+    std::string text = Settings(Restaurant("Centro"));
+    text.replace(text.find(" CreditTransDocument=\"FAC\""), 26, "");
+    const HostResult load = Run("settings load " + WriteSettings(text));
+    EXPECT_EQ(load.exit, 0) << load.out;  // stored, with what a run would refuse
+    EXPECT_NE(load.err.find("a importação recusa estas configurações"), std::string::npos) << load.err;
+    EXPECT_NE(load.err.find("Seleccione um valor em Documento de Vendas a Crédito:"), std::string::npos)
+        << load.err;
+    const std::string before = Run("settings show --reveal").out;
+
+    const HostResult run = Run("execute");
+    EXPECT_EQ(run.exit, 1) << run.out;
+    EXPECT_NE(run.err.find("kitra-host: O conector recusa as configurações: Seleccione um valor em "
+                           "Documento de Vendas a Crédito:"),
+              std::string::npos)
+        << run.err;
+    EXPECT_NE(run.err.find("a importação não começou: nada foi importado e as datas de importação "
+                           "ficaram como estavam."),
+              std::string::npos)
+        << run.err;
+    EXPECT_EQ(run.out.find("A integrar Restaurante"), std::string::npos) << run.out;
+    EXPECT_EQ(Run("log list").out, "");
+    EXPECT_EQ(Run("settings show --reveal").out, before);
+    EXPECT_EQ(Run("validate").exit, 1);
+    EXPECT_EQ(Run("check").exit, 3);
+}
+
+// A series, workstation, warehouse or supplier the back office lacks: the run would stop at the
+// first document or save them all without it. Every command that looks at settings names the
+// restaurant, the attribute and the record; the run starts once they exist.
+TEST_F(OperatorTest, SettingsThatNameRecordsTheBackOfficeLacksAreRefusedUntilTheyExist) {
+    std::string restaurant = Restaurant("Centro");
+    for (const auto& [from, to] : {std::pair<std::string, std::string>{"WorkstationID=\"1\"", "WorkstationID=\"7\""},
+                                   {"DefaultWarehouseID=\"1\"", "DefaultWarehouseID=\"5\""},
+                                   {"WasteWarehouseID=\"2\"", "WasteWarehouseID=\"6\""},
+                                   {"DefaultSupplierID=\"1\"", "DefaultSupplierID=\"9\""},
+                                   {"TransSerial=\"CEN\"", "TransSerial=\"ZZZ\""}}) {
+        restaurant.replace(restaurant.find(from), from.size(), to);
+    }
+    const std::vector<std::string> missing = {
+        "Restaurante 'Centro': a série de documentos (TransSerial) 'ZZZ' não existe na retaguarda",
+        "Restaurante 'Centro': o posto (WorkstationID) 7 não existe na retaguarda",
+        "Restaurante 'Centro': o armazém (DefaultWarehouseID) 5 não existe na retaguarda",
+        "Restaurante 'Centro': o armazém de quebras (WasteWarehouseID) 6 não existe na retaguarda",
+        "Restaurante 'Centro': o fornecedor (DefaultSupplierID) 9 não existe na retaguarda"};
+    const HostResult load = Run("settings load " + WriteSettings(Settings(restaurant)));
+    EXPECT_EQ(load.exit, 0) << load.out;
+    const HostResult validate = Run("validate");
+    EXPECT_EQ(validate.exit, 1);
+    const HostResult run = Run("execute");
+    EXPECT_EQ(run.exit, 1) << run.out;
+    for (const std::string& text : missing) {
+        EXPECT_NE(load.err.find(text), std::string::npos) << load.err;
+        EXPECT_NE(validate.err.find(text), std::string::npos) << validate.err;
+        EXPECT_NE(run.err.find("kitra-host: " + text), std::string::npos) << run.err;
+    }
+    EXPECT_NE(run.err.find("'kitra-host workstation add 7 DESCRIÇÃO'"), std::string::npos) << run.err;
+    EXPECT_EQ(run.out.find("A integrar Restaurante"), std::string::npos) << run.out;
+    EXPECT_EQ(Run("log list").out, "");
+    EXPECT_NE(Run("state").out.find("\nCentro\t2010-01-01 00:00:00\t2010-01-01 00:00:00\t"), std::string::npos);
+    const HostResult check = Run("check");
+    EXPECT_EQ(check.exit, 3);
+    EXPECT_NE(check.out.find("Centro: ERRO: o posto (WorkstationID) 7 não existe na retaguarda"),
+              std::string::npos)
+        << check.out;
+
+    for (const char* add : {"series add ZZZ Centro", "workstation add 7 Posto", "warehouse add 5 Loja",
+                            "warehouse add 6 Quebras", "supplier add 9 Fornecedor"})
+        ASSERT_EQ(Run(add).exit, 0) << add;
+    EXPECT_EQ(Run("validate").exit, 0);
+    const HostResult now = Run("execute");
+    EXPECT_EQ(now.exit, 3) << now.out;  // it runs; the server is not there
+    EXPECT_NE(now.out.find("A integrar Restaurante: Centro"), std::string::npos) << now.out;
+}
+
+// A run right after another, in the same second, would end in the second the last one logged
+// and its log row would not be stored; it starts in the next second instead.
+TEST_F(OperatorTest, ARunRightAfterAnotherStoresItsOwnLogRow) {
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    ASSERT_EQ(Run("execute").exit, 3);
+    std::string last;
+    {
+        // The last run logged in this very second, as a run that has just ended.
+        backoffice::BackOffice office(Data());
+        const std::time_t start = std::time(nullptr);
+        while (std::time(nullptr) == start) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        char stamp[20];
+        const std::time_t now = std::time(nullptr);
+        std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", std::localtime(&now));
+        last = stamp;
+        office.GetDatabase().Exec("INSERT INTO Kitra2Log (RestaurantID, Contents, ImportDate) VALUES "
+                                  "('Centro', 'antes', '" + last + "')");
+    }
+    const HostResult run = Run("execute");
+    EXPECT_EQ(run.exit, 3) << run.out;
+    EXPECT_EQ(run.err.find("não foi guardado"), std::string::npos) << run.err;
+    for (const auto& entry : fs::directory_iterator(Data() / "logs"))
+        ADD_FAILURE() << "left in the log folder: " << entry.path();
+    const std::string list = Run("log list").out;
+    const std::string newest = list.substr(list.find('\t') + 1, 19);
+    EXPECT_GT(newest, last) << list;
+    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 3) << list;
+}
+
+// Runs whose log rows cannot be stored each keep theirs under a name of its own, also within
+// one second.
+TEST_F(OperatorTest, LogsThatCannotBeStoredKeepANameEachWithinOneSecond) {
+    const std::string name = "Restaurante do Centro Historico";  // longer than the log table holds
+    {
+        backoffice::BackOffice office(Data());
+        office.settingsStore.SaveText(backoffice::kSettingsKey1, backoffice::kSettingsKey2,
+                                      Settings(Restaurant(name)));
+    }
+    for (int run = 0; run < 3; ++run) ASSERT_EQ(Run("execute --quiet").exit, 3);
+    std::set<std::string> kept;
+    for (const auto& entry : fs::directory_iterator(Data() / "logs")) {
+        const std::string file = entry.path().filename().string();
+        EXPECT_TRUE(file.starts_with(name) && file.ends_with("-NAO-GUARDADO.txt")) << file;
+        kept.insert(file);
+    }
+    EXPECT_EQ(kept.size(), 3u);
 }
 
 }  // namespace

@@ -38,7 +38,8 @@ protected:
                "DefaultTenderPayment=\"1\" DefaultTaxableGroup=\"1\"><Restaurants>"
                "<Restaurant Name=\"Centro\" ServerName=\"" + server.host + "\" ServerPort=\"" +
                std::to_string(server.port) + "\" ServerDBName=\"" + databaseName + "\" ServerUser=\"" +
-               server.user + "\" ServerPassword=\"" + password + "\" ImportDateEntities=\"" + entities +
+               server.user + "\" ServerPassword=\"" + password + "\" WorkstationID=\"1\" "
+               "DefaultWarehouseID=\"1\" DefaultSupplierID=\"1\" TransSerial=\"EXT\" ImportDateEntities=\"" + entities +
                "\" ImportDateTransactions=\"2010-01-01 00:00:00\"/></Restaurants><TenderEquivalence/>"
                "<TaxableGroupEquivalence/></KitraConnectorSetting>";
     }

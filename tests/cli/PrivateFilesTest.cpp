@@ -22,14 +22,19 @@ namespace fs = std::filesystem;
 
 using testing::HostResult;
 
-std::string Restaurant(const std::string& name) {
+// A restaurant an import accepts, in its own series, on a server that is not there.
+std::string Restaurant(const std::string& name, const std::string& series) {
     return "<Restaurant Name=\"" + name + "\" ServerName=\"127.0.0.1\" ServerPort=\"1\" ServerDBName=\"r\" "
-           "ServerUser=\"u\" ServerPassword=\"segredo\" ImportDateEntities=\"2010-01-01 00:00:00\" "
-           "ImportDateTransactions=\"2010-01-01 00:00:00\"/>";
+           "ServerUser=\"u\" ServerPassword=\"segredo\" WorkstationID=\"1\" DefaultWarehouseID=\"1\" "
+           "DefaultSupplierID=\"1\" TransSerial=\"" + series + "\" "
+           "ImportDateEntities=\"2010-01-01 00:00:00\" ImportDateTransactions=\"2010-01-01 00:00:00\"/>";
 }
 
 std::string Settings(const std::string& restaurants) {
-    return "<KitraConnectorSetting InvoiceTransDocument=\"FAC\" DefaultTenderPayment=\"1\" "
+    return "<KitraConnectorSetting InvoiceTransDocument=\"VB\" CreditTransDocument=\"FAC\" "
+           "StockTransDocument=\"GT\" CashEntranceTransDocument=\"EC\" "
+           "CashWithdrawalTransDocument=\"SC\" CustomerPaymentTransDocument=\"PCL\" "
+           "CustomerPaymentAccountDocument=\"ADC\" DefaultTenderPayment=\"1\" "
            "DefaultTaxableGroup=\"1\"><Restaurants>" + restaurants +
            "</Restaurants><TenderEquivalence/><TaxableGroupEquivalence/></KitraConnectorSetting>";
 }
@@ -66,14 +71,16 @@ TEST_P(PrivateFilesTest, EverythingInTheDataFolderIsTheOwnersOnly) {
     EXPECT_EQ(ModeOf(backoffice::BackOffice::FileIn(Data())), 0600u);
     EXPECT_EQ(ModeOf(Data() / "logs"), 0700u);
 
-    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    ASSERT_EQ(Run("series add CEN Centro").exit, 0);
+    ASSERT_EQ(Run("series add RES Restaurante").exit, 0);
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro", "CEN")))).exit, 0);
     // A run that writes a log per restaurant, and keeps as a file the one whose row cannot be
     // stored (a name longer than the log table holds, from settings of an older program).
     {
         backoffice::BackOffice office(Data());
         office.settingsStore.SaveText(
             backoffice::kSettingsKey1, backoffice::kSettingsKey2,
-            Settings(Restaurant("Centro") + Restaurant("Restaurante do Centro Historico")));
+            Settings(Restaurant("Centro", "CEN") + Restaurant("Restaurante do Centro Historico", "RES")));
     }
     EXPECT_EQ(Run("execute").exit, 3);
 
@@ -95,7 +102,9 @@ TEST_P(PrivateFilesTest, EverythingInTheDataFolderIsTheOwnersOnly) {
 }
 
 TEST_P(PrivateFilesTest, CheckWarnsAboutABackOfficeOthersCanRead) {
-    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    ASSERT_EQ(Run("series add CEN Centro").exit, 0);
+    ASSERT_EQ(Run("series add RES Restaurante").exit, 0);
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro", "CEN")))).exit, 0);
     const std::string file = backoffice::BackOffice::FileIn(Data()).string();
     const std::string warning = "AVISO: A pasta de dados '" + Data().string() + "' está aberta";
     EXPECT_EQ(Run("check").out.find(warning), std::string::npos);

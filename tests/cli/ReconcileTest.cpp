@@ -470,9 +470,123 @@ TEST_F(ReconcileTest, ADocumentDeletedInTheRestaurantIsOnlyInTheBackOffice) {
     EXPECT_NE(r.out.find("Documentos  2024-06-01  VB EXT/1  [-]  só na retaguarda (total 3,00)"), std::string::npos)
         << r.out;
     EXPECT_NE(r.out.find("Dias que diferem:\nDocumentos  2024-06-01"), std::string::npos) << r.out;
-    // Importing again does not take it out of the back office: no rewind is offered.
+    // Importing again does not take it out of the back office: no rewind is offered, but the
+    // command that takes it out is.
     EXPECT_EQ(r.out.find("state set"), std::string::npos) << r.out;
     EXPECT_NE(r.out.find("Recuar as datas não resolve estas diferenças."), std::string::npos) << r.out;
+    const std::string remove = LineWith(r.out, " document remove VB EXT/1");
+    ASSERT_EQ(remove, std::string(KITRA_HOST_PROGRAM) + " --data " + Data().string() +
+                          " document remove VB EXT/1")
+        << r.out;
+    const JsonValue json = JsonReader::Parse(Run("reconcile --json").out);
+    EXPECT_EQ(json["restaurants"][0]["differences"][0]["remove"].text, remove);
+
+    ASSERT_EQ(RunPrinted(remove), 0) << remove;
+    const HostResult after = Run("reconcile");
+    EXPECT_EQ(after.exit, 0) << after.out;
+    EXPECT_NE(after.out.find("Documentos             5         28,50           5         28,50        0          0\n"),
+              std::string::npos)
+        << after.out;
+    // The version taken out is in the document's history.
+    const HostResult history = Run("document history VB EXT/1");
+    EXPECT_EQ(history.exit, 0);
+    EXPECT_NE(history.out.find(" removido; a versão anterior:\nVB EXT/1 de 2024-06-01 10:00:00;"),
+              std::string::npos)
+        << history.out;
+    EXPECT_EQ(Run("document remove VB EXT/1").exit, 1);  // gone
+}
+
+TEST_F(ReconcileTest, ACashMovementWhoseDateTheRestaurantChangedIsTakenOutByThePrintedCommand) {
+    Import();
+    // The float's date changed in the restaurant after it was imported: the next runs select it by
+    // its new date, which lies before their import date, and the old one stays behind.
+    Restaurant("UPDATE cashdrawer_movements SET Date = '2024-06-01 09:30:00' WHERE UID = 40");
+    const HostResult r = Run("reconcile");
+    EXPECT_EQ(r.exit, 3) << r.out;
+    const std::string remove = LineWith(r.out, " cash-movement remove EC EXT/");
+    ASSERT_FALSE(remove.empty()) << r.out;
+    const std::string rewind = LineWith(r.out, " state set Centro --transactions ");
+    ASSERT_FALSE(rewind.empty()) << r.out;
+    ASSERT_EQ(RunPrinted(remove), 0) << remove;
+    ASSERT_EQ(RunPrinted(rewind), 0) << rewind;
+    const HostResult run = Run("execute");
+    EXPECT_EQ(run.exit, 0) << run.out;
+    const HostResult after = Run("reconcile");
+    EXPECT_EQ(after.exit, 0) << after.out;
+    // The drawer counts the float once.
+    const HostResult cash = Run("report cash");
+    EXPECT_EQ(cash.exit, 0);
+    EXPECT_NE(Run("reconcile --json").out.find("\"backOfficeTotal\":70.00"), std::string::npos);
+}
+
+TEST_F(ReconcileTest, WhatAReceiptSettlesIsRefusedUntilTheReceiptIsTakenOut) {
+    Import();
+    // The credit sale FAC EXT/1 is settled by the receipt PCL EXT/1.
+    const HostResult refused = Run("document remove FAC EXT/1");
+    EXPECT_EQ(refused.exit, 1) << refused.out;
+    EXPECT_NE(refused.err.find("FAC EXT/1 é liquidado pelo recibo PCL EXT/1"), std::string::npos)
+        << refused.err;
+    EXPECT_NE(refused.err.find("'kitra-host receipt remove PCL EXT/1'"), std::string::npos) << refused.err;
+    EXPECT_EQ(Run("document void FAC EXT/1").exit, 1);
+    // Each command takes its own kind and names the right one for another.
+    const HostResult wrong = Run("cash-movement remove FAC EXT/1");
+    EXPECT_EQ(wrong.exit, 1);
+    EXPECT_NE(wrong.err.find("use 'kitra-host document remove FAC EXT/1'"), std::string::npos) << wrong.err;
+    EXPECT_EQ(Run("document remove VB EXT/99").exit, 1);
+    EXPECT_EQ(Run("document remove VB 12").exit, 2);
+    EXPECT_EQ(Run("document void").exit, 2);
+
+    // Voided, the receipt gives back what it settled: the credit sale is open again.
+    const HostResult voided = Run("receipt void PCL EXT/1");
+    EXPECT_EQ(voided.exit, 0) << voided.out;
+    EXPECT_NE(voided.out.find("O recibo PCL EXT/1 foi anulado"), std::string::npos) << voided.out;
+    const std::string account = Run("report account 31").out;
+    const std::string credit = LineWith(account, "FAC EXT/1 ");
+    EXPECT_TRUE(credit.starts_with("FAC EXT/1 ") && credit.ends_with(" 12,00") &&
+                credit.find(" 12,00 ") != std::string::npos)
+        << account;  // its value and what is open of it
+    EXPECT_EQ(Run("receipt void PCL EXT/1").out, "O recibo PCL EXT/1 já estava anulado; nada mudou.\n");
+    const HostResult sale = Run("document void FAC EXT/1");
+    EXPECT_EQ(sale.exit, 0) << sale.out;
+    const HostResult history = Run("document history FAC EXT/1");
+    EXPECT_NE(history.out.find(" anulado; a versão anterior:\nFAC EXT/1 de 2024-06-02 12:00:00;"),
+              std::string::npos)
+        << history.out;
+    EXPECT_NE(Run("receipt history PCL EXT/1").out.find(" anulado; a versão anterior:\nPCL EXT/1"),
+              std::string::npos);
+}
+
+TEST_F(ReconcileTest, AChangeMadeInTheLastSecondOfARunIsImportedByTheNextRun) {
+    Import();
+    // The run stored the second it ended as the import dates; the state shows where it began and
+    // where the next run starts: one second before that.
+    const std::string row = LineWith(Run("state").out, "Centro\t");
+    std::vector<std::string> columns;
+    std::istringstream cells(row);
+    for (std::string cell; std::getline(cells, cell, '\t');) columns.push_back(cell);
+    ASSERT_EQ(columns.size(), 5u) << row;
+    const std::string& ended = columns[2];
+    const std::string& began = columns[3];
+    const std::string& next = columns[4];
+    ASSERT_EQ(began.size(), 19u) << row;
+    EXPECT_LE(began, ended);
+    EXPECT_LT(next, began);
+    // Changed in that same second, after the run had read the documents.
+    Restaurant("UPDATE transactionsheaders SET TableTotal = 500, ModifyDate = '" + ended + "' WHERE UID = 2");
+    const HostResult run = Run("execute");
+    EXPECT_EQ(run.exit, 0) << run.out;
+    EXPECT_NE(run.out.find("Restaurante 'Centro': as datas de importação recuam para " + next +
+                           ", um segundo antes do início da importação anterior (" + began + ")"),
+              std::string::npos)
+        << run.out;
+    const HostResult after = Run("reconcile");
+    EXPECT_EQ(after.exit, 0) << after.out;
+    EXPECT_NE(after.out.find("Documentos             6         32,00           6         32,00        0          0\n"),
+              std::string::npos)
+        << after.out;
+    // The history tells the move back apart from the run's own save.
+    EXPECT_NE(Run("settings history").out.find("\texecute (início da importação anterior)\t"),
+              std::string::npos);
 }
 
 TEST_F(ReconcileTest, AMissingCashMovementAndReceiptAreShownAndTheRewindBringsThemIn) {

@@ -60,9 +60,10 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    // Stores the settings with both restaurants as `centro` and `praia` stand. With documents,
-    // sales, credit sales and stock documents and their tenders are mapped, so they are imported;
-    // with cash and receipts, cash movements and receipts are mapped too.
+    // Stores the settings with both restaurants as `centro` and `praia` stand, every document
+    // type mapped (as an import requires). Without documents the restaurants' transactions and
+    // cash-drawer movements are taken out first, so that only master data is imported; with
+    // documents but without cash and receipts, their cash-drawer movements are.
     void StoreSettings(bool documents = false, bool cashAndReceipts = false) {
         StoreSettingsIn(Data(), documents, cashAndReceipts);
     }

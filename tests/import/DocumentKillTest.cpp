@@ -33,7 +33,14 @@ protected:
         settings.InvoiceTransDocument = "VB";
         settings.CreditTransDocument = "FAC";
         settings.StockTransDocument = "GT";
+        // Every document type, as an import needs; the run is killed before its cash
+        // movements and receipts.
+        settings.CashEntranceTransDocument = "EC";
+        settings.CashWithdrawalTransDocument = "SC";
+        settings.CustomerPaymentTransDocument = "PCL";
+        settings.CustomerPaymentAccountDocument = "ADC";
         settings.DefaultTenderPayment = 1;
+        settings.DefaultTaxableGroup = 1;
         settings.TaxableGroupEquivalence = {{1, "23"}, {2, "13"}, {3, "6"}};
         settings.TenderEquivalence = {{1, "1"}, {2, "2"}, {3, "3"}, {2, "4"}, {4, "5"}};
         Restaurant r;
