@@ -38,10 +38,20 @@ bool IsCompactionStart(const std::string& line) {
     return line.starts_with("Vai-se proceder à compactação");
 }
 
+// " - Clientes: 5000": one count of the restaurant's summary.
+std::optional<std::pair<std::string, long>> ReportedCount(const std::string& line) {
+    static const std::regex count(R"(^ - (.+): ([0-9]+)$)");
+    std::smatch match;
+    if (!std::regex_match(line, match, count)) return std::nullopt;
+    return std::make_pair(match[1].str(), std::stol(match[2].str()));
+}
+
 }  // namespace
 
-RunResult MeasureRun(const std::vector<std::string>& command, const std::string& outputFile) {
+RunResult MeasureRun(const std::vector<std::string>& command, const std::string& outputFile,
+                     std::optional<long> serverPid) {
     if (command.empty()) throw std::runtime_error("no program to run");
+    const ServerCpu server(serverPid);
     int pipeEnds[2];
     if (pipe(pipeEnds) != 0) throw std::runtime_error(std::string("pipe: ") + std::strerror(errno));
 
@@ -77,6 +87,7 @@ RunResult MeasureRun(const std::vector<std::string>& command, const std::string&
         std::string text(line, static_cast<std::size_t>(length));
         if (!text.empty() && text.back() == '\n') text.pop_back();
         output << text << '\n';
+        if (auto reported = ReportedCount(text)) result.reported.push_back(std::move(*reported));
         if (IsImporterStart(text) || IsCompactionStart(text)) {
             endPhase(now);
             current = IsCompactionStart(text) ? "Compactação" : text.substr(std::strlen("A importar "));
@@ -97,6 +108,7 @@ RunResult MeasureRun(const std::vector<std::string>& command, const std::string&
     result.peakRssKilobytes = usage.ru_maxrss;
     result.cpuSeconds = static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
                         static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+    result.serverCpuSeconds = server.Since();
     result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return result;
 }
@@ -120,6 +132,24 @@ std::optional<double> ProcessCpuSeconds(long pid) {
     const long ticks = sysconf(_SC_CLK_TCK);
     if (ticks <= 0) return std::nullopt;
     return static_cast<double>(user + system) / static_cast<double>(ticks);
+}
+
+double OwnCpuSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+ServerCpu::ServerCpu(std::optional<long> pid) : pid_(pid) {
+    if (pid_) before_ = Since();
+}
+
+double ServerCpu::Since() const {
+    if (!pid_) return 0;
+    const std::optional<double> now = ProcessCpuSeconds(*pid_);
+    if (!now) throw std::runtime_error("the restaurant's server (pid " + std::to_string(*pid_) + ") cannot be read");
+    return *now - before_;
 }
 
 FreshBackOffice::FreshBackOffice(std::string data) : data_(std::move(data)), kept_(data_ + ".before-run") {
