@@ -420,8 +420,17 @@ CREATE INDEX documents_numbered_here ON documents (SeriesID, DocumentTypeID, Doc
 PRAGMA user_version=5;
 )sql";
 
+// Version 6: a document's cash movements are found by its key, as its other rows are: saving a
+// document again reads them for the former version and replaces them, and a scan of the whole
+// table for each document made importing a back office again grow with the square of its size.
+constexpr const char* kVersion6 = R"sql(
+CREATE INDEX cash_movements_by_document ON cash_movements (DocumentKey);
+
+PRAGMA user_version=6;
+)sql";
+
 // Step k brings a file of version k-1 to version k, and ends by writing k as the version.
-constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5};
+constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5, kVersion6};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 }  // namespace
