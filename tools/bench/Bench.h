@@ -32,6 +32,10 @@ struct RunResult {
 RunResult MeasureRun(const std::vector<std::string>& command, const std::string& outputFile,
                      std::optional<long> serverPid = std::nullopt);
 
+// Starts the small process that starts every run (MeasureRun starts it when it is not yet
+// there): called first, while this program holds little, so that a run's peak memory is its own.
+void StartRunLauncher();
+
 // The processor time (user and system) another process has used so far, from the kernel's
 // count; nothing when the process is not there or not readable.
 std::optional<double> ProcessCpuSeconds(long pid);

@@ -773,10 +773,16 @@ int main(int argc, char** argv) {
             return 0;
         }
         if (command == "import") {
+            const Arguments arguments = Parse(argc, argv, 2);
+            RunsWanted(arguments);  // a wrong number is refused before anything starts
+            StartRunLauncher();
             kitra::ado::EnsureDriverRegistration();
-            return Import(Parse(argc, argv, 2));
+            return Import(arguments);
         }
-        if (command == "turns") return Turns(Parse(argc, argv, 2));
+        if (command == "turns") {
+            StartRunLauncher();
+            return Turns(Parse(argc, argv, 2));
+        }
         if (command == "summary") return Summary(Parse(argc, argv, 2));
         std::cerr << kUsage;
         return 2;
