@@ -481,9 +481,18 @@ CREATE INDEX document_history_by_number ON document_history (DocumentTypeID, Ser
 PRAGMA user_version=7;
 )sql";
 
+// Version 8: a document's cash movements are found by its key, as its other rows are: saving a
+// document again reads them for the former version and replaces them, and a scan of the whole
+// table for each document made importing a back office again grow with the square of its size.
+constexpr const char* kVersion8 = R"sql(
+CREATE INDEX cash_movements_by_document ON cash_movements (DocumentKey);
+
+PRAGMA user_version=8;
+)sql";
+
 // Step k brings a file of version k-1 to version k, and ends by writing k as the version.
 constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5,
-                                  kVersion6, kVersion7};
+                                  kVersion6, kVersion7, kVersion8};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 }  // namespace

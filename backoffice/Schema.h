@@ -10,7 +10,7 @@
 namespace kitra::backoffice {
 
 // The version this program writes; an older file is upgraded when it is opened.
-inline constexpr int kSchemaVersion = 7;
+inline constexpr int kSchemaVersion = 8;
 
 // Brings the file up to kSchemaVersion, all steps or none. Fails with an Error for a file of a
 // newer version than this program knows.

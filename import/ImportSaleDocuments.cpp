@@ -2,9 +2,9 @@
 // since its last transactions import, into host documents (invoices, credit sales, stock
 // documents) with their lines and payments. A header whose type is not mapped in the settings is
 // left out with one log line; a refunded header is saved and then refunded.
-#include "core/Environment.h"
 #include "core/Numbers.h"
 #include "import/DocumentImport.h"
+#include "import/DocumentReadAhead.h"
 #include "import/Importers.h"
 #include "import/MasterDataImport.h"
 #include "restaurant/Statements.h"
@@ -18,19 +18,6 @@ constexpr const char* kSection = "Transacções";
 constexpr std::int32_t kCreditSaleType = 11;
 constexpr std::int32_t kStockDocumentType = 13;
 constexpr std::int32_t kInvoiceType = 17;
-
-// The lines and payments of the next headers are read ahead on this many further connections
-// to the restaurant ($KITRA_READ_AHEAD_CONNECTIONS, 0 to read each where it is needed), at
-// most this many statements ahead of the document being saved. Three: each statement is a
-// round trip that is mostly waiting for the server, and with two the saving still waited for
-// the lines it was about to save.
-constexpr std::size_t kReadAheadConnections = 3;
-constexpr std::size_t kReadAheadWindow = 64;
-
-std::size_t ReadAheadConnections() {
-    return static_cast<std::size_t>(
-        WholeNumberFromEnvironment("KITRA_READ_AHEAD_CONNECTIONS", kReadAheadConnections, 0, 16));
-}
 
 // A header's restaurant document type, read through the host's number parser as the row reads
 // it.
@@ -108,7 +95,7 @@ bool ImportSaleDocuments(KitraExecutioner& engine, ado::Connection& connection,
                 return i % 2 == 0 ? kitra::restaurant::DocumentLinesStatement(uid)
                                   : kitra::restaurant::DocumentTendersStatement(uid);
             },
-            ReadAheadConnections(), kReadAheadWindow);
+            DocumentReadAheadConnections(), kDocumentReadAheadWindow);
     };
     return ImportMasterData(
         engine, connection, restaurant, kTexts, kitra::restaurant::SaleDocumentsStatement,

@@ -8,65 +8,139 @@ trap 'rm -rf "$scratch"' EXIT
 failures=0
 fail() { echo "FAILED: $*" >&2; failures=$((failures + 1)); }
 
-# Two factors as the bench writes them. Each factor's "import" row is the fastest run; the rows
-# of each run are there too and must not count.
-cat >"$scratch/met.csv" <<'CSV'
-factor,part,statements,rows,seconds,peak_rss_mb
-0.25,"import: Transacções",45001,22500,9.500,0.0
-0.25,"import",45008,130125,10.000,54.0
-0.25,"import run 1",45008,130125,10.000,0.0
-0.25,"import run 2",45008,130125,30.000,0.0
-0.25,"fetch floor",45008,130125,20.000,0.0
-0.25,"write floor",1,276841,1.000,0.0
-1,"import",180008,515003,42.000,91.0
-1,"import run 1",180008,515003,42.000,0.0
-1,"import run 2",180008,515003,99.000,0.0
-1,"fetch floor",180008,515003,80.000,0.0
-1,"write floor",1,1081055,5.000,0.0
-CSV
+# One factor as `kitra-bench import` writes it: three alternating runs of the fetch floor, the
+# import and the write floor (wall, client and server processor time), the sequential fetch,
+# the re-import, the counts on both sides and the headers.
+# factor_rows FACTOR IMPORT1 IMPORT2 IMPORT3 FETCH1 FETCH2 FETCH3 WRITE IMPORT_CPU FETCH_CPU
+#             WRITE_CPU REIMPORT RSS HEADERS
+factor_rows() {
+  local f=$1 i1=$2 i2=$3 i3=$4 f1=$5 f2=$6 f3=$7 w=$8 ic=$9 fc=${10} wc=${11} re=${12} rss=${13} h=${14}
+  local docs=$((h * 9 / 10)) run kind
+  local imports=("$i1" "$i2" "$i3") fetches=("$f1" "$f2" "$f3")
+  echo "$f,\"import: Transacções\",0,$docs,$i1,0.0"
+  for kind in documents lines payments "cash movements" receipts; do
+    echo "$f,\"restaurant count: $kind\",0,$((${#kind} * h)),0.000,0.0"
+  done
+  for run in 1 2 3; do
+    echo "$f,\"fetch run $run\",1000,5000,${fetches[$((run - 1))]},0.0"
+    echo "$f,\"fetch run $run cpu\",0,0,$fc,0.0"
+    echo "$f,\"fetch run $run server cpu\",0,0,20.000,0.0"
+    echo "$f,\"import run $run\",0,$docs,${imports[$((run - 1))]},$rss"
+    echo "$f,\"import run $run cpu\",0,0,$ic,0.0"
+    echo "$f,\"import run $run server cpu\",0,0,21.000,0.0"
+    for kind in documents lines payments "cash movements" receipts; do
+      echo "$f,\"import run $run count: $kind\",0,$((${#kind} * h)),0.000,0.0"
+    done
+    echo "$f,\"write run $run\",1,9000,$w,0.0"
+    echo "$f,\"write run $run cpu\",0,0,$wc,0.0"
+  done
+  echo "$f,\"sequential fetch\",0,0,99.000,0.0"
+  echo "$f,\"reimport\",0,$docs,$re,$rss"
+  echo "$f,\"reimport cpu\",0,0,$ic,0.0"
+  for kind in documents lines payments "cash movements" receipts; do
+    echo "$f,\"reimport count: $kind\",0,$((${#kind} * h)),0.000,0.0"
+  done
+  echo "$f,\"transaction headers\",0,$h,0.000,0.0"
+  echo "$f,\"imported headers\",0,$docs,0.000,0.0"
+}
+header="factor,part,statements,rows,seconds,peak_rss_mb"
+{
+  echo "$header"
+  factor_rows 0.25 10.000 11.000 30.000 10.000 10.500 9.000 1.000 7.000 5.000 1.000 15.000 54.0 25000
+  factor_rows 1 41.000 42.000 99.000 38.000 37.000 39.000 5.000 30.000 20.000 4.000 60.000 60.0 100000
+} >"$scratch/met.csv"
+
+# Every goal met: each figure is the median of its runs (an outlier run does not move it), the
+# floor is the larger of the fetch and the write, and fetch + write stands beside it.
 out="$("$bench" summary --csv "$scratch/met.csv")"; status=$?
-[ "$status" -eq 0 ] || fail "goals met: exit $status"
-expected="import 42.0 s = 0.49 × floor (fetch 80.0 s + write 5.0 s); peak RSS 91 MB; 4× data → 4.2× time"
-grep -qxF "$expected" <<<"$out" || fail "goals met: verdict line: $out"
+[ "$status" -eq 0 ] || fail "goals met: exit $status: $out"
+expected="factor 1: import 42.0 s (41.0 to 99.0 s, 3 runs) = 1.11 × floor 38.0 s = max(fetch 38.0 s (37.0 to 39.0 s, 3 runs), write 5.0 s (5.0 to 5.0 s, 3 runs)); fetch + write 43.0 s: 0.98 ×"
+grep -qxF "$expected" <<<"$out" || fail "goals met: factor 1's line: $out"
+expected="factor 1: processor time: import 30.0 s (0.333 s per 1,000 headers) against fetch 20.0 s + write 4.0 s: 1.25 ×; server 21.0 s in the import, 20.0 s in the fetch floor"
+grep -qxF "$expected" <<<"$out" || fail "goals met: processor time: $out"
+grep -qxF "factor 1: sequential fetch 99.0 s (the round trip's latency, not a floor)" <<<"$out" ||
+  fail "goals met: sequential fetch: $out"
+grep -qxF "factor 1: re-import after a full rewind 60.0 s (cpu 30.0 s) = 1.43 × the import" <<<"$out" ||
+  fail "goals met: re-import: $out"
+grep -qxF "factor 0.25: import 11.0 s (10.0 to 30.0 s, 3 runs) = 1.10 × floor 10.0 s = max(fetch 10.0 s (9.0 to 10.5 s, 3 runs), write 1.0 s (1.0 to 1.0 s, 3 runs)); fetch + write 11.0 s: 1.00 ×" <<<"$out" ||
+  fail "goals met: factor 0.25's line: $out"
+grep -qxF "4× data → 3.8× time" <<<"$out" || fail "goals met: growth: $out"
+grep -qxF "peak RSS 54 MB at factor 0.25 (25000 headers), 60 MB at factor 1 (100000 headers): 8.0 MB per 100,000 headers; at factor 10 (1000000 headers) 132 MB" <<<"$out" ||
+  fail "goals met: memory growth: $out"
 grep -q ": met$" <<<"$out" || fail "goals met: no 'met': $out"
 
+# missed NAME FILE REASON: the summary of FILE exits 1, says 'missed' and gives the reason.
+missed() {
+  local name="$1" file="$2" reason="$3" out status
+  out="$("$bench" summary --csv "$file")"; status=$?
+  [ "$status" -eq 1 ] || fail "$name: exit $status: $out"
+  grep -q ": missed$" <<<"$out" || fail "$name: no 'missed': $out"
+  grep -qxF "  $reason" <<<"$out" || fail "$name: reason '$reason' not given: $out"
+}
+
+# The import above 1.15 × its floor, at the smaller factor as well as at the larger.
+sed 's/^1,"import run 2",0,90000,42.000/1,"import run 2",0,90000,44.000/' "$scratch/met.csv" >"$scratch/slow.csv"
+missed "floor missed" "$scratch/slow.csv" "factor 1: import 1.16 × floor, goal ≤ 1.15"
+sed 's/^0.25,"import run 2",0,22500,11.000/0.25,"import run 2",0,22500,12.000/' "$scratch/met.csv" >"$scratch/slow-small.csv"
+missed "floor missed at the smaller factor" "$scratch/slow-small.csv" "factor 0.25: import 1.20 × floor, goal ≤ 1.15"
+
+# The write floor is the floor when it is the larger.
+sed 's/^1,"write run \([0-9]\)",1,9000,5.000/1,"write run \1",1,9000,40.000/' "$scratch/met.csv" >"$scratch/write.csv"
+out="$("$bench" summary --csv "$scratch/write.csv")"
+grep -qF "factor 1: import 42.0 s (41.0 to 99.0 s, 3 runs) = 1.05 × floor 40.0 s" <<<"$out" || fail "write floor: $out"
+
+# A zero or missing floor fails, with the reason.
+sed 's/^1,"fetch run \([0-9]\)",1000,5000,[0-9.]*/1,"fetch run \1",1000,5000,0.000/' "$scratch/met.csv" >"$scratch/zero.csv"
+missed "zero fetch floor" "$scratch/zero.csv" "factor 1: the fetch floor is 0 s"
+grep -v '^1,"fetch run [0-9]",' "$scratch/met.csv" >"$scratch/nofetch.csv"
+missed "missing fetch floor" "$scratch/nofetch.csv" "factor 1: no fetch floor"
+grep -v '^0.25,"write run [0-9]",' "$scratch/met.csv" >"$scratch/nowrite.csv"
+missed "missing write floor" "$scratch/nowrite.csv" "factor 0.25: no write floor"
+grep -v '^1,"import run [0-9]",' "$scratch/met.csv" >"$scratch/noimport.csv"
+missed "missing import" "$scratch/noimport.csv" "factor 1: no import run"
+
+# A missing header count fails: the peak memory cannot be set against it.
+grep -v '^1,"transaction headers"' "$scratch/met.csv" >"$scratch/noheaders.csv"
+missed "missing header count" "$scratch/noheaders.csv" "factor 1: no count of the restaurant's transaction headers"
+grep -v '^0.25,"imported headers"' "$scratch/met.csv" >"$scratch/noimported.csv"
+missed "missing imported headers" "$scratch/noimported.csv" "factor 0.25: no count of the headers the import read"
+
+# Processor time beyond 1.3 × the floors' fails, even when the wall time meets its goal.
+sed 's/^1,"import run \([0-9]\) cpu",0,0,30.000/1,"import run \1 cpu",0,0,32.000/' "$scratch/met.csv" >"$scratch/cpu.csv"
+missed "processor time missed" "$scratch/cpu.csv" "factor 1: import's processor time 1.33 × its floors', goal ≤ 1.3"
+grep -v '^1,"fetch run [0-9] cpu",' "$scratch/met.csv" >"$scratch/nocpu.csv"
+missed "missing processor time" "$scratch/nocpu.csv" "factor 1: no processor time of the import or of its floors"
+
+# An import that brought other counts than the restaurant holds fails, with the figures.
+sed 's/^1,"import run 3 count: lines",0,500000/1,"import run 3 count: lines",0,499999/' "$scratch/met.csv" >"$scratch/counts.csv"
+missed "count differs" "$scratch/counts.csv" "factor 1: import run 3: lines 499999 in the back office, 500000 in the restaurant"
+sed 's/^0.25,"reimport count: receipts",0,200000/0.25,"reimport count: receipts",0,200002/' "$scratch/met.csv" >"$scratch/recounts.csv"
+missed "re-import count differs" "$scratch/recounts.csv" "factor 0.25: reimport: receipts 200002 in the back office, 200000 in the restaurant"
+grep -v '^1,"restaurant count: ' "$scratch/met.csv" >"$scratch/nocounts.csv"
+missed "counts not checked" "$scratch/nocounts.csv" "factor 1: the import's counts were not checked against the restaurant's"
+
+# A re-import beyond twice the import, or none, fails.
+sed 's/^1,"reimport",0,90000,60.000/1,"reimport",0,90000,85.000/' "$scratch/met.csv" >"$scratch/reimport.csv"
+missed "re-import missed" "$scratch/reimport.csv" "factor 1: re-import 2.02 × the import, goal ≤ 2"
+grep -v '^0.25,"reimport",' "$scratch/met.csv" >"$scratch/noreimport.csv"
+missed "missing re-import" "$scratch/noreimport.csv" "factor 0.25: no re-import after a full rewind"
+
 # Growth beyond 4.4 times for 4 times the data fails, whatever the other goals.
-sed 's/^1,"import",180008,515003,42.000/1,"import",180008,515003,45.000/' "$scratch/met.csv" >"$scratch/slow.csv"
-out="$("$bench" summary --csv "$scratch/slow.csv")"; status=$?
-[ "$status" -eq 1 ] || fail "growth missed: exit $status"
-grep -qF "4× data → 4.5× time" <<<"$out" || fail "growth missed: verdict: $out"
-grep -q ": missed$" <<<"$out" || fail "growth missed: no 'missed': $out"
+sed 's/^0.25,"import run \([0-9]\)",0,22500,1[01].000/0.25,"import run \1",0,22500,9.000/; s/^0.25,"fetch run \([0-9]\)",1000,5000,[0-9.]*/0.25,"fetch run \1",1000,5000,8.500/' \
+  "$scratch/met.csv" >"$scratch/growth.csv"
+missed "growth missed" "$scratch/growth.csv" "4× data took 4.7× the time, goal ≤ 4.4×"
 
-# Peak memory beyond 300 MB fails.
-sed 's/^1,"import",180008,515003,42.000,91.0/1,"import",180008,515003,42.000,301.0/' "$scratch/met.csv" >"$scratch/big.csv"
-"$bench" summary --csv "$scratch/big.csv" >/dev/null; status=$?
-[ "$status" -eq 1 ] || fail "memory missed: exit $status"
-
-# With the restaurants' transaction headers counted, the peak memory is set against them: how much
-# it grows per 100,000 headers between the two factors, and where that reaches at factor 10.
-sed 's/^1,"import",180008,515003,42.000,91.0/1,"import",180008,515003,42.000,60.0/' "$scratch/met.csv" >"$scratch/headers.csv"
-printf '%s\n' '0.25,"transaction headers",0,25000,0.000,0.0' '1,"transaction headers",0,100000,0.000,0.0' >>"$scratch/headers.csv"
-out="$("$bench" summary --csv "$scratch/headers.csv")"; status=$?
-[ "$status" -eq 0 ] || fail "memory growth met: exit $status"
-expected="peak RSS 54 MB at factor 0.25 (25000 headers), 60 MB at factor 1 (100000 headers): 8.0 MB per 100,000 headers; at factor 10 (1000000 headers) 132 MB"
-grep -qxF "$expected" <<<"$out" || fail "memory growth met: growth line: $out"
-grep -qF "peak RSS ≤ 300 MB (also at factor 10)" <<<"$out" || fail "memory growth met: goals: $out"
-grep -q ": met$" <<<"$out" || fail "memory growth met: no 'met': $out"
-
-# A peak within 300 MB now that would pass 300 MB at factor 10 fails.
-printf '%s\n' '0.25,"transaction headers",0,25000,0.000,0.0' '1,"transaction headers",0,100000,0.000,0.0' >"$scratch/counts.csv"
-cat "$scratch/met.csv" "$scratch/counts.csv" >"$scratch/growing.csv"
-out="$("$bench" summary --csv "$scratch/growing.csv")"; status=$?
-[ "$status" -eq 1 ] || fail "memory growth missed: exit $status"
-grep -qF "49.3 MB per 100,000 headers; at factor 10 (1000000 headers) 535 MB" <<<"$out" ||
-  fail "memory growth missed: growth line: $out"
-grep -q ": missed$" <<<"$out" || fail "memory growth missed: no 'missed': $out"
+# Peak memory beyond 300 MB fails, and so does a projection to factor 10 beyond it.
+sed 's/^1,"import run 2",0,90000,42.000,60.0/1,"import run 2",0,90000,42.000,301.0/' "$scratch/met.csv" >"$scratch/big.csv"
+missed "memory missed" "$scratch/big.csv" "factor 1: peak RSS 301 MB, goal ≤ 300 MB"
+sed 's/^1,"import run 1",0,90000,41.000,60.0/1,"import run 1",0,90000,41.000,91.0/' "$scratch/met.csv" >"$scratch/growing.csv"
+missed "memory growth missed" "$scratch/growing.csv" "peak RSS at factor 10 535 MB, goal ≤ 300 MB"
 
 # The number of runs is checked before anything runs.
 for runs in 0 21 x 2x; do
   err="$("$bench" import --host-program /bin/false --data "$scratch/none" --factor 1 \
-    --csv "$scratch/out.csv" --server 127.0.0.1 --port 1 --database d --user u --password p \
-    --runs "$runs" 2>&1 >/dev/null)"; status=$?
+    --csv "$scratch/out.csv" --settings "$scratch/none.xml" --server 127.0.0.1 --port 1 --database d \
+    --user u --password p --runs "$runs" 2>&1 >/dev/null)"; status=$?
   [ "$status" -eq 2 ] || fail "--runs $runs: exit $status"
   grep -qF -- "--runs must be a whole number from 1 to 20, not $runs" <<<"$err" ||
     fail "--runs $runs: message: $err"

@@ -1,11 +1,16 @@
 // The fetch floor: every statement an import run issues against the restaurant, as many times
 // as the run issues it and in the same order, fetched whole through the same connection and
-// recordset classes, with nothing written anywhere. What the import takes beyond this (and the
-// write floor) is the host's and the connector's own work.
+// recordset classes, with nothing written anywhere. The documents' lines and payments are read
+// ahead on further connections as the import reads them (Connection::ReadAhead, the same
+// connections and window), each result taken in order and dropped; fetched one after another
+// instead, they measure the round trip's latency rather than a floor. What the import takes
+// beyond the floor is the host's and the connector's own work.
 #include "tools/bench/Bench.h"
 
 #include <algorithm>
 #include <chrono>
+#include <string>
+#include <vector>
 
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
@@ -20,7 +25,8 @@ class StatementTimer {
 public:
     explicit StatementTimer(FetchResult& result) : result_(result) {}
 
-    // Fetches the statement's whole result and counts it under `kind`.
+    // Fetches the statement's whole result (or, read ahead, waits for it) and counts it under
+    // `kind`.
     ado::Recordset Fetch(const std::string& kind, const std::string& statement,
                          ado::Connection& connection) {
         const SteadyClock::time_point started = SteadyClock::now();
@@ -70,9 +76,11 @@ long CountTransactionHeaders(const FetchFloorOptions& options) {
     return headers;
 }
 
-FetchResult MeasureFetchFloor(const FetchFloorOptions& options) {
+FetchResult MeasureFetchFloor(const FetchFloorOptions& options, const FetchMode& mode) {
     FetchResult result;
     StatementTimer timer(result);
+    const ServerCpu server(options.serverPid);
+    const double cpuBefore = OwnCpuSeconds();
     const SteadyClock::time_point started = SteadyClock::now();
 
     ado::Connection connection;
@@ -95,26 +103,41 @@ FetchResult MeasureFetchFloor(const FetchFloorOptions& options) {
     importer("Artigos", r::ItemsStatement(entities));
 
     // The documents' importer issues the lines and payments of each mapped header on the same
-    // connection, one after another.
+    // connection, in the headers' order: read ahead, as the import has them read, or one after
+    // another.
     connection.Open();
     ado::Recordset headers =
         timer.Fetch("Transacções", r::SaleDocumentsStatement(transactions), connection);
+    std::vector<std::string> uids;
     for (; !headers.Eof(); headers.MoveNext()) {
         const std::int32_t type = headers["DocumentTypeUID"].ToInt32();
         if (std::find(options.mappedDocumentTypes.begin(), options.mappedDocumentTypes.end(),
                       type) == options.mappedDocumentTypes.end()) {
             continue;
         }
-        const std::string uid = headers["UID"].ToText();
-        timer.Fetch("Transacções (linhas)", r::DocumentLinesStatement(uid), connection);
-        timer.Fetch("Transacções (pagamentos)", r::DocumentTendersStatement(uid), connection);
+        uids.push_back(headers["UID"].ToText());
     }
+    headers.Close();
+    // Statement 2i reads the lines of header i, 2i + 1 its payments.
+    const auto statementAt = [&uids](std::size_t i) {
+        return i % 2 == 0 ? r::DocumentLinesStatement(uids[i / 2]) : r::DocumentTendersStatement(uids[i / 2]);
+    };
+    const std::size_t count = uids.size() * 2;
+    if (mode.furtherConnections > 0) {
+        connection.ReadAhead(count, statementAt, mode.furtherConnections, mode.window);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        timer.Fetch(i % 2 == 0 ? "Transacções (linhas)" : "Transacções (pagamentos)", statementAt(i), connection);
+    }
+    connection.StopReadAhead();
     connection.Close();
 
     importer("Movimentos Caixa", r::CashMovementsStatement(transactions));
     importer("Recibos", r::ReceiptsStatement(transactions));
 
     result.seconds = std::chrono::duration<double>(SteadyClock::now() - started).count();
+    result.cpuSeconds = OwnCpuSeconds() - cpuBefore;
+    result.serverCpuSeconds = server.Since();
     return result;
 }
 

@@ -133,6 +133,7 @@ WriteResult MeasureWriteFloor(const std::string& backOfficeFile, const std::stri
         for (const std::string& sql : schema) target.Exec(sql);
 
         const auto started = std::chrono::steady_clock::now();
+        const double cpuBefore = OwnCpuSeconds();
         target.Exec("BEGIN IMMEDIATE");
         for (const Table& table : tables) {
             if (table.rows.empty()) continue;
@@ -153,6 +154,7 @@ WriteResult MeasureWriteFloor(const std::string& backOfficeFile, const std::stri
         }
         target.Exec("COMMIT");
         result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+        result.cpuSeconds = OwnCpuSeconds() - cpuBefore;
     }
     std::filesystem::remove(scratchFile);
     std::filesystem::remove(scratchFile + "-wal");
