@@ -134,7 +134,7 @@ TEST_P(PrivateFilesTest, CheckWarnsAboutABackOfficeOthersCanRead) {
 // What `check` says to paste works when it is pasted, after `check` ended: the -wal and -shm
 // files its own connection made are gone by then.
 TEST_P(PrivateFilesTest, CheckCommandsWorkWhenPasted) {
-    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro")))).exit, 0);
+    ASSERT_EQ(Run("settings load " + WriteSettings(Settings(Restaurant("Centro", "CEN")))).exit, 0);
     const fs::path database = backoffice::BackOffice::FileIn(Data());
     fs::permissions(Data(), fs::perms::group_read | fs::perms::group_exec, fs::perm_options::add);
     fs::permissions(Data() / "logs", fs::perms::others_read | fs::perms::others_exec,
