@@ -449,7 +449,7 @@ TEST_F(Documents, AFileOfVersion5KeepsItsHistoryAndLearnsSourceKeysAndRenumberin
     office->transactions.Save(second->Current());
     // Back to what version 5 had: no source keys, a history of two events, no restaurant imports.
     office->GetDatabase().Exec(
-        "DROP TABLE restaurant_imports; "
+        "DROP TABLE restaurant_imports; DROP INDEX cash_movements_by_document; "
         "DROP INDEX documents_by_source; ALTER TABLE documents DROP COLUMN SourceUID; "
         "CREATE TABLE h5 (HistoryID INTEGER PRIMARY KEY, DocumentKey INTEGER NOT NULL, "
         "DocumentTypeID TEXT NOT NULL COLLATE NOCASE, SeriesID TEXT NOT NULL COLLATE NOCASE, "
