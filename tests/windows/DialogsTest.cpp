@@ -229,6 +229,7 @@ TEST_F(WindowsDialogsTest, TheSupplierSearchFindsByNameAndShowsTheChosenOnesName
         found = static_cast<int>(::SendMessageW(::GetDlgItem(search, IDC_lstSuppliers), LB_GETCOUNT, 0, 0));
         u.Click(search, IDC_cmdOk);
         u.WaitUntilClosed(search);
+        u.Settle(editor);  // the editor takes the choice once the search's modal loop has ended
         number = u.Text(editor, IDC_numDefaultSupplierID);
         name = u.Text(editor, IDC_stfDefaultSupplierID);
         u.Click(editor, IDC_cmdCancel);

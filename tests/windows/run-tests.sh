@@ -11,7 +11,7 @@
 #   4. a C++ host creates the connector by class and calls it through the type library's
 #      interface, early-bound (and once late-bound): identity, the module's life count,
 #      LoadDefaults (the text stored is the Linux run's), ValidateSettings, Config and ShowTrace
-#      (no windows yet, said plainly), one import with an automation notifier, compared with the
+#      (the dialogs driven by a user at the screen), one import with an automation notifier, compared with the
 #      Linux run of the same data: the log text and every table's count and rows; ResetData;
 #   5. the system's script host (cscript, VBScript) does the same as a client nobody here wrote:
 #      CreateObject by ProgID, every identity member, LoadDefaults with accents, ValidateSettings,
@@ -141,9 +141,15 @@ log_text() {
   when="$("$host" --data "$data" log list | awk -F'\t' -v r="$restaurant" '$1 == r { print $2; exit }')"
   "$host" --data "$data" log show "$restaurant" "$when" | mask_moments
 }
+# The back office's tables, but restaurant_imports: the command-line host's own record of its
+# runs (where each restaurant's next run starts), which a host that calls the component itself
+# does not keep.
+compared_tables() {
+  sqlite3 "$1" "SELECT name FROM sqlite_master WHERE type = 'table' AND name <> 'restaurant_imports' ORDER BY name"
+}
 table_counts() {
   local db="$1/backoffice.sqlite" table
-  for table in $(sqlite3 "$db" "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name"); do
+  for table in $(compared_tables "$db"); do
     printf '%s %s\n' "$table" "$(sqlite3 "$db" "SELECT COUNT(*) FROM \"$table\"")"
   done
 }
@@ -157,7 +163,7 @@ columns_except() {  # columns_except DB TABLE NAME...
 # Every table's rows, the run's moments masked.
 table_rows() {
   local db="$1/backoffice.sqlite" table
-  for table in $(sqlite3 "$db" "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name"); do
+  for table in $(compared_tables "$db"); do
     printf '== %s\n' "$table"
     case "$table" in
       account_settlements)
