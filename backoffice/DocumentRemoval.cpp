@@ -50,23 +50,6 @@ void GiveBackSettlements(Database& database, std::int32_t receiptKey) {
     forget.Bind({Variant(receiptKey)}).Run();
 }
 
-// Marks the document void, reverses every stock movement not yet reversed and cancels what is
-// open of its current-account entry, as a refund from the restaurant does.
-void MarkVoid(Database& database, std::int32_t key, const DateTime& when) {
-    Statement state(database, "UPDATE documents SET State=? WHERE DocumentKey=?");
-    state.Bind({Variant(host::document_state::kVoid), Variant(key)}).Run();
-    Statement reverse(database,
-                      "INSERT INTO stock_movements (DocumentKey, LineNumber, ItemID, WarehouseID, "
-                      "Quantity, MovementDate, Reversal) "
-                      "SELECT DocumentKey, LineNumber, ItemID, WarehouseID, -Quantity, ?, 1 "
-                      "FROM stock_movements m WHERE DocumentKey=? AND Reversal=0 AND NOT EXISTS "
-                      "(SELECT 1 FROM stock_movements r WHERE r.DocumentKey=m.DocumentKey AND "
-                      "r.LineNumber=m.LineNumber AND r.Reversal=1)");
-    reverse.Bind({Variant(when), Variant(key)}).Run();
-    Statement cancel(database, "UPDATE account_entries SET OpenAmount=0 WHERE DocumentKey=?");
-    cancel.Bind({Variant(key)}).Run();
-}
-
 }  // namespace
 
 DocumentIdentity ParseDocumentIdentity(const std::string& type, const std::string& seriesAndNumber) {
@@ -132,7 +115,7 @@ bool TakeOutDocument(Database& database, DocumentGroup group, const DocumentIden
         if (isVoid) return false;
         const std::string before = FormerVersion(database, key);
         if (group == DocumentGroup::Receipt) GiveBackSettlements(database, key);
-        MarkVoid(database, key, when);
+        VoidDocument(database, key, when);
         KeepInHistory(database, key, type, series, identity.number, "voided", when, before);
     } else {
         KeepInHistory(database, key, type, series, identity.number, "removed", when);

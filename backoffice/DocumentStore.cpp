@@ -462,4 +462,19 @@ bool EndVersion(Database& database, std::int32_t key, const FormerDocument& form
     return true;
 }
 
+void VoidDocument(Database& database, std::int32_t key, const DateTime& when) {
+    Statement state(database, "UPDATE documents SET State=? WHERE DocumentKey=?");
+    state.Bind({Variant(host::document_state::kVoid), Variant(key)}).Run();
+    Statement reverse(database,
+                      "INSERT INTO stock_movements (DocumentKey, LineNumber, ItemID, WarehouseID, "
+                      "Quantity, MovementDate, Reversal) "
+                      "SELECT DocumentKey, LineNumber, ItemID, WarehouseID, -Quantity, ?, 1 "
+                      "FROM stock_movements m WHERE DocumentKey=? AND Reversal=0 AND NOT EXISTS "
+                      "(SELECT 1 FROM stock_movements r WHERE r.DocumentKey=m.DocumentKey AND "
+                      "r.LineNumber=m.LineNumber AND r.Reversal=1)");
+    reverse.Bind({Variant(when), Variant(key)}).Run();
+    Statement cancel(database, "UPDATE account_entries SET OpenAmount=0 WHERE DocumentKey=?");
+    cancel.Bind({Variant(key)}).Run();
+}
+
 }  // namespace kitra::backoffice

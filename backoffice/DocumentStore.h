@@ -56,6 +56,10 @@ SavedIdentity NumberedHereBySource(const Database& database, const std::string& 
 // Keeps the source record's key on a saved document (nothing for an empty key).
 void KeepSourceUID(Database& database, std::int32_t key, const std::string& sourceUID);
 
+// Marks the document void, reverses every stock movement not yet reversed and cancels what is
+// open of its current-account entry, as a refund from its source does.
+void VoidDocument(Database& database, std::int32_t key, const DateTime& when);
+
 // Whether the back office gave the saved document its number.
 bool NumberedHere(const Database& database, std::int32_t key);
 // A number the back office gave is never its source's: when the source's own document with

@@ -149,23 +149,6 @@ bool RefundMayFollow(host::DocumentKind kind) {
            kind == host::DocumentKind::CreditSale;
 }
 
-// Marks the document void, reverses every stock movement not yet reversed and cancels what is
-// open of its current-account entry.
-void Void(Database& database, std::int32_t key, const DateTime& when) {
-    Statement state(database, "UPDATE documents SET State=? WHERE DocumentKey=?");
-    state.Bind({Variant(host::document_state::kVoid), Variant(key)}).Run();
-    Statement reverse(database,
-                      "INSERT INTO stock_movements (DocumentKey, LineNumber, ItemID, WarehouseID, "
-                      "Quantity, MovementDate, Reversal) "
-                      "SELECT DocumentKey, LineNumber, ItemID, WarehouseID, -Quantity, ?, 1 "
-                      "FROM stock_movements m WHERE DocumentKey=? AND Reversal=0 AND NOT EXISTS "
-                      "(SELECT 1 FROM stock_movements r WHERE r.DocumentKey=m.DocumentKey AND "
-                      "r.LineNumber=m.LineNumber AND r.Reversal=1)");
-    reverse.Bind({Variant(when), Variant(key)}).Run();
-    Statement cancel(database, "UPDATE account_entries SET OpenAmount=0 WHERE DocumentKey=?");
-    cancel.Bind({Variant(key)}).Run();
-}
-
 bool IsVoid(const Database& database, std::int32_t key) {
     Statement state(database, "SELECT State FROM documents WHERE DocumentKey=?");
     state.Bind({Variant(key)});
@@ -293,7 +276,7 @@ void TransactionService::Refund(host::Transaction& transaction) {
         return;
     }
     const std::string beforeVoid = FormerVersion(database_, key);
-    Void(database_, key, now);
+    VoidDocument(database_, key, now);
     if (held && held->changedFrom) {
         // A former version that differed from the new one is open in the version savepoint.
         if (Snapshot(database_, key) == *held->changedFrom) {

@@ -15,15 +15,6 @@ std::size_t CharacterCount(const std::string& text) { return DecodeUtf8(text).si
 
 namespace {
 
-// The date part of a moment (time at midnight) and its time part (on the zero date).
-DateTime DatePart(const DateTime& moment) { return {moment.year, moment.month, moment.day, 0, 0, 0}; }
-DateTime TimePart(const DateTime& moment) {
-    DateTime time;
-    time.hour = moment.hour;
-    time.minute = moment.minute;
-    time.second = moment.second;
-    return time;
-}
 DateTime Joined(const DateTime& date, const DateTime& time) {
     return {date.year, date.month, date.day, time.hour, time.minute, time.second};
 }
@@ -33,6 +24,18 @@ std::string ImportDateText(const DateTime& date, const DateTime& time) {
 }
 
 }  // namespace
+
+DateTime RestaurantEditor::DatePart(const DateTime& moment) {
+    return {moment.year, moment.month, moment.day, 0, 0, 0};
+}
+
+DateTime RestaurantEditor::TimePart(const DateTime& moment) {
+    DateTime time;
+    time.hour = moment.hour;
+    time.minute = moment.minute;
+    time.second = moment.second;
+    return time;
+}
 
 std::string RestaurantEditor::SupplierEntry(const host::Supplier& supplier) {
     return FormatHostNumber(supplier.SupplierID) + " - " + supplier.OrganizationName;

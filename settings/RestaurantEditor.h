@@ -66,6 +66,10 @@ public:
     bool Accept(const RestaurantForm& form, Restaurant& record) const;
     // The controls into the record, without validation.
     static void Take(const RestaurantForm& form, Restaurant& record);
+    // What the two pickers of an import moment hold: its date part (at midnight) and its time
+    // part (on the zero date).
+    static DateTime DatePart(const DateTime& moment);
+    static DateTime TimePart(const DateTime& moment);
 
     // The test connection's text, exactly as the editor builds it (" User=", "port=").
     static std::string TestConnectionText(const RestaurantForm& form);

@@ -5,31 +5,12 @@
 #include "core/Numbers.h"
 #include "settings/DialogTexts.h"
 #include "settings/win32/ControlIds.h"
+#include "settings/win32/ListChoices.h"
 
 namespace kitra::win32 {
 namespace texts = dialog_texts;
 namespace {
 
-std::vector<ListChoice> Choices(const std::vector<ListEntry>& entries) {
-    std::vector<ListChoice> choices;
-    for (const ListEntry& entry : entries) choices.push_back({entry.code, entry.description});
-    return choices;
-}
-
-// The date picker gives the date part (at midnight), the time picker the time part (on the zero
-// date), as the editor's rules keep them.
-DateTime DateOf(HWND picker) {
-    const DateTime picked = DateOfPicker(picker);
-    return {picked.year, picked.month, picked.day, 0, 0, 0};
-}
-DateTime TimeOf(HWND picker) {
-    const DateTime picked = DateOfPicker(picker);
-    DateTime time;
-    time.hour = picked.hour;
-    time.minute = picked.minute;
-    time.second = picked.second;
-    return time;
-}
 // A time part is shown on today's date: the picker holds whole moments.
 void SetTimePicker(HWND picker, const DateTime& time) {
     DateTime shown = LocalNow();
@@ -247,10 +228,10 @@ RestaurantForm frmAddRestaurant::Form() const {
     form.cboWorkstation = cboWorkstation_.Number();
     form.stockManagement = ::SendMessageW(Item(IDC_chkStockManagement), BM_GETCHECK, 0, 0) == BST_CHECKED;
     form.numDefaultSupplierID = std::strtod(ItemText(IDC_numDefaultSupplierID).c_str(), nullptr);
-    form.dtpEntityImport = DateOf(Item(IDC_dtpEntityImport));
-    form.dtpEntityImportTime = TimeOf(Item(IDC_dtpEntityImportTime));
-    form.dtpTransactionsImport = DateOf(Item(IDC_dtpTransactionsImport));
-    form.dtpTransactionsImportTime = TimeOf(Item(IDC_dtpTransactionsImportTime));
+    form.dtpEntityImport = RestaurantEditor::DatePart(DateOfPicker(Item(IDC_dtpEntityImport)));
+    form.dtpEntityImportTime = RestaurantEditor::TimePart(DateOfPicker(Item(IDC_dtpEntityImportTime)));
+    form.dtpTransactionsImport = RestaurantEditor::DatePart(DateOfPicker(Item(IDC_dtpTransactionsImport)));
+    form.dtpTransactionsImportTime = RestaurantEditor::TimePart(DateOfPicker(Item(IDC_dtpTransactionsImportTime)));
     return form;
 }
 

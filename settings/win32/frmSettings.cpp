@@ -4,6 +4,7 @@
 
 #include "settings/DialogTexts.h"
 #include "settings/win32/ControlIds.h"
+#include "settings/win32/ListChoices.h"
 #include "settings/win32/frmAddRestaurant.h"
 
 namespace kitra::win32 {
@@ -25,12 +26,6 @@ constexpr std::array<int, kDocumentCombos> kLabelIds{
     IDC_lblCustumerPaymentTransDocument, IDC_lblCustumerPaymentAccountDocument};
 // The host's codes in a cell's list: code and description.
 const std::vector<int> kListColumnWidths{35, 150};
-
-std::vector<ListChoice> Choices(const std::vector<ListEntry>& entries) {
-    std::vector<ListChoice> choices;
-    for (const ListEntry& entry : entries) choices.push_back({entry.code, entry.description});
-    return choices;
-}
 
 template <std::size_t N>
 std::vector<std::string> Headings(const char* const (&headings)[N]) {
