@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <thread>
@@ -43,6 +44,27 @@ std::string ValueIn(const std::string& envFile, const std::string& key) {
 }
 
 bool Alive(pid_t pid) { return pid > 0 && kill(pid, 0) == 0; }
+
+// Whether every thread of the process is stopped. A stop signal reaches each thread only when
+// that thread next runs, so on a busy machine a thread may still answer a statement just after
+// kill() returned.
+bool EveryThreadStopped(pid_t pid) {
+    std::error_code error;
+    const std::filesystem::path tasks = "/proc/" + std::to_string(pid) + "/task";
+    bool any = false;
+    for (const auto& task : std::filesystem::directory_iterator(tasks, error)) {
+        std::ifstream in(task.path() / "stat");
+        std::string stat;
+        std::getline(in, stat);
+        // The state follows the command's closing parenthesis: "pid (comm) S ...".
+        const std::size_t close = stat.rfind(')');
+        if (close == std::string::npos || close + 2 >= stat.size()) continue;
+        const char state = stat[close + 2];
+        if (state != 'T' && state != 't') return false;
+        any = true;
+    }
+    return any && !error;
+}
 
 }  // namespace
 
@@ -88,6 +110,8 @@ void FaultServer::Kill() {
 void FaultServer::Freeze() {
     kill(pid_, SIGSTOP);
     frozen_ = true;
+    for (int i = 0; i < 500 && !EveryThreadStopped(pid_); ++i) std::this_thread::sleep_for(10ms);
+    if (!EveryThreadStopped(pid_)) throw std::runtime_error("the fault server did not stop");
 }
 
 void FaultServer::Resume() {
