@@ -238,3 +238,8 @@ add_library(kitra_test_host STATIC tests/hostsupport/TestBackOffice.cpp)
 target_link_libraries(kitra_test_host PUBLIC kitra_backoffice kitra_host kitra_core)
 
 add_subdirectory(tests/windows "${CMAKE_BINARY_DIR}/tests/windows")
+
+# The Windows dialogs' pictures for the documentation (tools/win32-screenshots runs it).
+add_executable(kitra-dialog-screenshots tools/screenshots/Win32Screenshots.cpp)
+target_link_libraries(kitra-dialog-screenshots PRIVATE kitra_win32_dialogs kitra_backoffice kitra_log
+                      kitra_host gdiplus)

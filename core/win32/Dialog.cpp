@@ -114,7 +114,10 @@ INT_PTR Dialog::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
         RECT client{};
         ::GetClientRect(window_, &client);
         OnSize(client.right, client.bottom);
-        return TRUE;
+        // A view that put the focus somewhere keeps it there; otherwise the window system gives
+        // it to the first control (selecting all of an edit box's text).
+        HWND focus = ::GetFocus();
+        return focus != nullptr && ::IsChild(window_, focus) ? FALSE : TRUE;
     }
     case WM_COMMAND: {
         const int id = LOWORD(wParam);
@@ -224,9 +227,14 @@ HWND Dialog::GroupBox(int id, const std::string& text, int x, int y, int width, 
 }
 
 HWND Dialog::DatePicker(int id, int x, int y, int width, int height, bool time) {
-    return Add(DATETIMEPICK_CLASSW, id, "",
-               WS_TABSTOP | (time ? DTS_TIMEFORMAT | DTS_UPDOWN : DTS_SHORTDATEFORMAT), x, y,
-               width, height);
+    HWND picker = Add(DATETIMEPICK_CLASSW, id, "",
+                      WS_TABSTOP | (time ? DTS_TIMEFORMAT | DTS_UPDOWN : DTS_SHORTDATEFORMAT), x, y,
+                      width, height);
+    // The import moments read as everywhere else in the connector (its log, the log list), not
+    // in the machine's regional format.
+    ::SendMessageW(picker, DTM_SETFORMATW, 0,
+                   reinterpret_cast<LPARAM>(time ? L"HH':'mm':'ss" : L"dd'-'MM'-'yyyy"));
+    return picker;
 }
 
 void Dialog::MakeList(TwoColumnList& list, int id, std::vector<int> widthsPoints, int x, int y,

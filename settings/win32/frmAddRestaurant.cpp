@@ -89,14 +89,15 @@ frmAddRestaurant::frmAddRestaurant(const host::HostServices& services) : editor_
 
 bool frmAddRestaurant::Edit(Restaurant& record, HWND owner) {
     record_ = &record;
-    const INT_PTR result = ShowModal(owner, editor_.Title(), 300, 290);
+    const INT_PTR result = ShowModal(owner, editor_.Title(), kWidth, 290);
     record_ = nullptr;
     return result == IDOK;
 }
 
 void frmAddRestaurant::OnInit() {
     namespace captions = texts::restaurant_captions;
-    constexpr int labelX = 7, labelWidth = 112, controlX = 122, controlWidth = 171, height = 12;
+    constexpr int labelX = 7, labelWidth = 130, controlX = 140, controlWidth = kWidth - 7 - controlX,
+                  height = 12;
     int label = IDC_RestaurantLabel;
     int y = 7;
     const auto row = [&](const char* caption) {
@@ -134,8 +135,8 @@ void frmAddRestaurant::OnInit() {
     const int transactions = row(captions::kTransactionsImport);
     DatePicker(IDC_dtpTransactionsImport, controlX, transactions, 70, 13, false);
     DatePicker(IDC_dtpTransactionsImportTime, controlX + 74, transactions, 60, 13, true);
-    Button(IDC_cmdOk, "OK", 189, 270, 50, 14, true);
-    Button(IDC_cmdCancel, "Cancelar", 243, 270, 50, 14);
+    Button(IDC_cmdOk, "OK", kWidth - 111, 270, 50, 14, true);
+    Button(IDC_cmdCancel, "Cancelar", kWidth - 57, 270, 50, 14);
 
     // The lists, filled each time the dialog is made.
     HWND series = Item(IDC_cboTransSerial);

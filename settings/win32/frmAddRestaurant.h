@@ -15,6 +15,9 @@ public:
     bool Edit(Restaurant& record, HWND owner);
 
 private:
+    // Wide enough for the longest caption ("Última importação de transacções:") and a supplier's
+    // name beside its number, in dialog units.
+    static constexpr int kWidth = 360;
     void OnInit() override;
     bool OnCommand(int id, int code, HWND control) override;
 
