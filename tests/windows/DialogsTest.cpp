@@ -177,13 +177,15 @@ TEST_F(WindowsDialogsTest, CancelLeavesTheRecordAsItWas) {
     record.TransSerial = "ext";  // found whatever the letter case
     record.ImportDateEntities = "2011-03-02 10:00:00";
     const Restaurant before = record;
-    std::string shownName, shownSeries;
+    std::string shownName, shownSeries, dateText, timeText;
     DateTime shownDate;
     UserAtTheScreen user([&](UserAtTheScreen& u) {
         HWND editor = u.WaitForDialog(EditorTitle());
         shownName = u.Text(editor, IDC_txtName);
         shownSeries = u.Selected(editor, IDC_cboTransSerial);
         shownDate = u.Picker(editor, IDC_dtpEntityImport);
+        dateText = u.Text(editor, IDC_dtpEntityImport);
+        timeText = u.Text(editor, IDC_dtpEntityImportTime);
         u.Retype(editor, IDC_txtName, "Outro");
         u.Click(editor, IDC_cmdCancel);
     });
@@ -193,6 +195,9 @@ TEST_F(WindowsDialogsTest, CancelLeavesTheRecordAsItWas) {
     EXPECT_EQ(shownName, "Centro");
     EXPECT_EQ(shownSeries, "EXT");
     EXPECT_EQ((std::vector<int>{shownDate.year, shownDate.month, shownDate.day}), (std::vector<int>{2011, 3, 2}));
+    // As the connector writes moments everywhere, whatever the machine's regional format.
+    EXPECT_EQ(dateText, "02-03-2011");
+    EXPECT_EQ(timeText, "10:00:00");
     EXPECT_EQ(record, before);
 }
 
