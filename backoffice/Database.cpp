@@ -251,6 +251,17 @@ ado::Recordset Statement::ReadAll() {
 
 // ---------------------------------------------------------------- Database
 
+void ConfigureSqlite() {
+    // SQLite counts every allocation for its memory statistics, under a lock, unless told not
+    // to before it starts; nothing here reads them. Where SQLite was started already by another
+    // part of the process, the call is refused and the statistics stay on: harmless.
+    static const bool configured = [] {
+        sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+        return true;
+    }();
+    (void)configured;
+}
+
 Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(file) {
     std::error_code ignored;
     const bool exists = std::filesystem::exists(file_, ignored);
@@ -259,6 +270,7 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
     if (mode == OpenMode::CreateNew && exists)
         throw Error(fmt::format("A base de dados '{}' já existe.", file_.string()));
 
+    ConfigureSqlite();
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX |
                       (mode == OpenMode::CreateNew ? SQLITE_OPEN_CREATE : 0);
     // SQLite takes the name in UTF-8 on every platform.
@@ -273,6 +285,9 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
                     rc);
     }
     sqlite3_extended_result_codes(db_, 1);
+    // Room for the small allocations of the statements a run steps through (records being
+    // built, cursors), which otherwise go to the process's allocator one by one.
+    sqlite3_db_config(db_, SQLITE_DBCONFIG_LOOKASIDE, nullptr, kLookasideSlotBytes, kLookasideSlots);
     busyTimeoutMilliseconds_ = BusyTimeoutMilliseconds();
     sqlite3_busy_timeout(db_, busyTimeoutMilliseconds_);
     try {
@@ -373,6 +388,12 @@ void Database::Exec(std::string_view sql) {
         if (IsLockedByAnother(rc)) throw Error(LockedMessage(file_, busyTimeoutMilliseconds_, detail), rc);
         if (IsDiskFull(rc)) throw Error(FullMessage(file_, detail), rc);
         throw Error(fmt::format("Erro na base de dados da retaguarda: {}", detail), rc);
+    }
+}
+
+void Database::Run(std::string_view sql) {
+    Statement statement(*this, sql);
+    while (statement.Step()) {
     }
 }
 
@@ -522,7 +543,7 @@ void Database::ReleaseHeld() {
     held_ = Held{};
     try {
         if (atEnd) atEnd();
-        Exec(savepoint ? "RELEASE record" : "COMMIT");
+        Run(savepoint ? "RELEASE record" : "COMMIT");
     } catch (...) {
         try {
             Exec(savepoint ? "ROLLBACK TO record; RELEASE record" : "ROLLBACK");
@@ -624,7 +645,9 @@ void Transaction::Begin(TransactionKind kind) {
     database_.ReleaseHeld();
     if (kind == TransactionKind::Record && database_.Grouping()) {
         database_.OpenGroup();
-        database_.Exec("SAVEPOINT record");
+        // Run, not Exec: the savepoint and its release come once per record, and a prepared
+        // statement kept by the connection is not compiled again each time.
+        database_.Run("SAVEPOINT record");
         savepoint_ = true;
         return;
     }
@@ -653,7 +676,7 @@ void Transaction::Hold(std::int64_t tag, std::function<void()> atEnd) {
 
 void Transaction::Commit() {
     if (savepoint_) {
-        database_.Exec("RELEASE record");
+        database_.Run("RELEASE record");
         open_ = false;
         database_.RecordSaved();
         use_.End();

@@ -106,6 +106,12 @@ private:
     std::string sql_;
 };
 
+// Settings of the SQLite library that hold for the whole process, made once before the first
+// connection: every back-office connection and the bench's write floor open through them.
+void ConfigureSqlite();
+inline constexpr int kLookasideSlotBytes = 1200;
+inline constexpr int kLookasideSlots = 500;
+
 class Database {
 public:
     enum class OpenMode {
@@ -123,6 +129,9 @@ public:
 
     // Runs fixed SQL text (one or more statements) that carries no values.
     void Exec(std::string_view sql);
+    // Runs one statement of fixed text through the connection's kept prepared statements: for
+    // text run again and again, which Exec would compile every time.
+    void Run(std::string_view sql);
     long Changes() const;
     // The key of the row the last INSERT on this connection added.
     std::int64_t LastInsertKey() const;

@@ -15,6 +15,16 @@ TEST(DateTime, IsoFormRoundTrips) {
     EXPECT_EQ(*ParseIsoDateTime("2011-03-01 09:05:07"), d);
 }
 
+TEST(DateTime, IsoFormPadsEveryPartAndKeepsAnyValueItCannotPad) {
+    EXPECT_EQ(FormatIsoDateTime(DateTime{}), "1899-12-30 00:00:00");
+    EXPECT_EQ(FormatIsoDateTime(DateTime{7, 1, 2, 3, 4, 5}), "0007-01-02 03:04:05");
+    EXPECT_EQ(FormatIsoDateTime(DateTime{9999, 12, 31, 23, 59, 59}), "9999-12-31 23:59:59");
+    EXPECT_EQ(FormatIsoDateTime(DateTime{0, 0, 0, 0, 0, 0}), "0000-00-00 00:00:00");
+    // Out of the form's widths: every part as it is, nothing cut.
+    EXPECT_EQ(FormatIsoDateTime(DateTime{12345, 1, 2, 3, 4, 5}), "12345-01-02 03:04:05");
+    EXPECT_EQ(FormatIsoDateTime(DateTime{2011, 3, 1, 100, 4, -5}), "2011-03-01 100:04:-5");
+}
+
 TEST(DateTime, IsoFormRejectsInvalidTexts) {
     for (const char* bad : {"", "2011-03-01", "2011-03-01 9:05:07", "2011-02-30 00:00:00",
                             "2011-13-01 00:00:00", "2011-03-01 24:00:00", "2011-03-01 23:60:00",
