@@ -166,9 +166,24 @@ void UserAtTheScreen::Settle(HWND) {
     }
 }
 
-void UserAtTheScreen::Click(HWND dialog, int id) { ::SendMessageW(Control(dialog, id), BM_CLICK, 0, 0); }
+void UserAtTheScreen::WaitUntilEnabled(HWND dialog) {
+    // A dialog under a modal one that was just closed is enabled again only when the inner
+    // one's message loop has ended, a moment after it disappeared; a button of a disabled
+    // dialog takes no click (the window system refuses its capture).
+    if (!WaitFor([&] { return !::IsWindow(dialog) || ::IsWindowEnabled(dialog); })) {
+        throw std::runtime_error("the window \"" + Caption(dialog) + "\" stayed disabled");
+    }
+}
 
-void UserAtTheScreen::ClickToOpen(HWND dialog, int id) { ::PostMessageW(Control(dialog, id), BM_CLICK, 0, 0); }
+void UserAtTheScreen::Click(HWND dialog, int id) {
+    WaitUntilEnabled(dialog);
+    ::SendMessageW(Control(dialog, id), BM_CLICK, 0, 0);
+}
+
+void UserAtTheScreen::ClickToOpen(HWND dialog, int id) {
+    WaitUntilEnabled(dialog);
+    ::PostMessageW(Control(dialog, id), BM_CLICK, 0, 0);
+}
 
 void UserAtTheScreen::TypeInto(HWND control, const std::string& text) {
     for (const char16_t unit : Utf16FromUtf8(text)) ::SendMessageW(control, WM_CHAR, unit, 1);
@@ -269,6 +284,7 @@ void UserAtTheScreen::DoubleClickCell(HWND dialog, int id, int row, int column) 
 }
 
 void UserAtTheScreen::DoubleClickCellToOpen(HWND dialog, int id, int row, int column) {
+    WaitUntilEnabled(dialog);
     HWND grid = Control(dialog, id);
     const LPARAM at = CellCentre(grid, row, column);
     ::PostMessageW(grid, WM_LBUTTONDOWN, MK_LBUTTON, at);

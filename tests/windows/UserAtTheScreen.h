@@ -36,6 +36,8 @@ public:
     HWND WaitForDialog(const std::string& caption);
     // Waits until the window is gone.
     void WaitUntilClosed(HWND window);
+    // Waits until the dialog takes input again (after the modal dialog over it has ended).
+    void WaitUntilEnabled(HWND dialog);
     // Waits until the dialog has (or no longer has) a control with this identifier.
     HWND WaitForControl(HWND dialog, int id);
     void WaitUntilNoControl(HWND dialog, int id);
