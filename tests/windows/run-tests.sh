@@ -72,6 +72,7 @@ stop_wine() {
     "$top/tools/wine32" kill-server >/dev/null 2>&1 || true
   else
     "$(dirname "$wine64")/wineserver" -k 2>/dev/null || true
+    "$(dirname "$wine64")/wineserver" -w 2>/dev/null || true
   fi
 }
 
@@ -252,6 +253,9 @@ suite() {
   # Windows without a screen: Wine's null display driver keeps real windows, with their
   # messages, focus and drawing into memory, where no X server is there to show them.
   win reg add 'HKCU\Software\Wine\Drivers' /v Graphics /t REG_SZ /d null /f >/dev/null 2>&1 || true
+  # The prefix's desktop process reads the display driver once, when it starts: the one that
+  # preparing the prefix started (with no driver that works here) must go, or no window opens.
+  stop_wine
 
   say "[$twin-bit] the modules' format and exports"
   local expected="DllCanUnloadNow DllGetClassObject DllRegisterServer DllUnregisterServer " module
