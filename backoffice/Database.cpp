@@ -251,15 +251,16 @@ ado::Recordset Statement::ReadAll() {
 
 // ---------------------------------------------------------------- Database
 
-void ConfigureSqlite() {
+bool ConfigureSqlite() {
     // SQLite counts every allocation for its memory statistics, under a lock, unless told not
-    // to before it starts; nothing here reads them. Where SQLite was started already by another
-    // part of the process, the call is refused and the statistics stay on: harmless.
+    // to before it starts; nothing here reads them. Where another part of the process started
+    // SQLite already, both calls are refused: the statistics stay on, and the journals are
+    // kept in memory the other way (see Database::Database).
     static const bool configured = [] {
         sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
-        return true;
+        return sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, kJournalInMemoryBytes) == SQLITE_OK;
     }();
-    (void)configured;
+    return configured;
 }
 
 Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(file) {
@@ -270,7 +271,7 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
     if (mode == OpenMode::CreateNew && exists)
         throw Error(fmt::format("A base de dados '{}' já existe.", file_.string()));
 
-    ConfigureSqlite();
+    const bool journalsSpill = ConfigureSqlite();
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX |
                       (mode == OpenMode::CreateNew ? SQLITE_OPEN_CREATE : 0);
     // SQLite takes the name in UTF-8 on every platform.
@@ -285,9 +286,6 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
                     rc);
     }
     sqlite3_extended_result_codes(db_, 1);
-    // Room for the small allocations of the statements a run steps through (records being
-    // built, cursors), which otherwise go to the process's allocator one by one.
-    sqlite3_db_config(db_, SQLITE_DBCONFIG_LOOKASIDE, nullptr, kLookasideSlotBytes, kLookasideSlots);
     busyTimeoutMilliseconds_ = BusyTimeoutMilliseconds();
     sqlite3_busy_timeout(db_, busyTimeoutMilliseconds_);
     try {
@@ -307,10 +305,13 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
         // last commits but never leaves the file inconsistent (see docs/backoffice-schema.md).
         Exec("PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=ON;");
         FitCacheToFile();
-        // The journals that let a record's savepoint or a statement be undone hold a few pages
-        // each; in a temporary file each page is a write. The compaction, which builds a whole
-        // new file as temporary data, switches back to a file (DatabaseCompaction).
-        Exec("PRAGMA temp_store=MEMORY;");
+        // Temporary data in files, the compaction's copy of the whole back office among them;
+        // the journals that let a record's savepoint or a statement be undone stay in memory up
+        // to kJournalInMemoryBytes each (ConfigureSqlite), in one piece. Where that could not be
+        // set, all temporary data is kept in memory, since a journal in a temporary file costs
+        // a write per page (11 GB in an import of 90,000 documents); the compaction then moves
+        // to a file for its copy (DatabaseCompaction).
+        Exec(journalsSpill ? "PRAGMA temp_store=FILE;" : "PRAGMA temp_store=MEMORY;");
         // The WAL is copied into the file every 50,000 pages (200 MB) instead of every 1,000:
         // the pages a run writes again and again (the same index pages, group after group) are
         // copied once per checkpoint instead of after every group. The compaction truncates the

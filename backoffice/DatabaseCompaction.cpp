@@ -1,5 +1,7 @@
 #include "backoffice/DatabaseCompaction.h"
 
+#include <string>
+
 namespace kitra::backoffice {
 
 namespace {
@@ -21,15 +23,18 @@ void DatabaseCompaction::CompactDatabase() {
     const int free = PragmaValue(database_, "PRAGMA freelist_count");
     if (pages > 0 && free >= kFreeShareWorthReclaiming * pages) {
         // VACUUM builds the new file as temporary data: on disk, not in memory, however large
-        // the back office is.
+        // the back office is. The connection keeps its temporary data in files, unless the
+        // library's journal setting was refused (Database::Database).
+        const int kept = PragmaValue(database_, "PRAGMA temp_store");
         database_.Exec("PRAGMA temp_store=FILE");
+        const std::string back = "PRAGMA temp_store=" + std::to_string(kept);
         try {
             database_.Exec("VACUUM");
         } catch (...) {
-            database_.Exec("PRAGMA temp_store=MEMORY");
+            database_.Exec(back);
             throw;
         }
-        database_.Exec("PRAGMA temp_store=MEMORY");
+        database_.Exec(back);
         database_.Exec("PRAGMA wal_checkpoint(TRUNCATE)");
     }
 }

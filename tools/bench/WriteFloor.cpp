@@ -36,8 +36,6 @@ public:
             sqlite3_close(db_);
             throw std::runtime_error("cannot open " + file + ": " + message);
         }
-        sqlite3_db_config(db_, SQLITE_DBCONFIG_LOOKASIDE, nullptr, backoffice::kLookasideSlotBytes,
-                          backoffice::kLookasideSlots);
     }
     ~Db() { sqlite3_close(db_); }
     Db(const Db&) = delete;
