@@ -220,7 +220,11 @@ ImportCounts CountRestaurant(const FetchFloorOptions& options, const ImportMappi
     }
 
     // Receipts: one per receipt number, when it settles at least one credit sale that was
-    // imported and not refunded.
+    // imported, not refunded, and is on the customer's account in the back office. A sale is on
+    // account when its lines are worth more than its payments, judged before the restaurant's
+    // total is applied as an adjustment: a sale none of whose lines is read (every item unknown
+    // to the restaurant's item table) is worth nothing there, is not on account, and a receipt
+    // for it alone is left out with "não existe nenhuma factura válida associada".
     if (!mapping.receiptTypeKey.empty() &&
         std::find(mapping.documentTypes.begin(), mapping.documentTypes.end(), kCreditSaleType) !=
             mapping.documentTypes.end()) {
@@ -230,7 +234,9 @@ ImportCounts CountRestaurant(const FetchFloorOptions& options, const ImportMappi
             "tt.transactionuid = th.uid inner join customers c on c.uid = th.customeruid inner join "
             "cashdrawer_movements cm on cm.uid = tt.ReceiptMovementuid INNER JOIN salesmans on salesmans.uid = "
             "cm.SalesmanUID WHERE cm.MovementTypeid in (8,9) AND " + SinceCondition("cm.Date", since) +
-                " AND cm.DocumentID <> '' AND th.DocumentTypeUID = 11 AND th.TransactionStatus = 'N' AND " + headers);
+                " AND cm.DocumentID <> '' AND th.DocumentTypeUID = 11 AND th.TransactionStatus = 'N' AND " + headers +
+                " AND EXISTS (SELECT 1 FROM transactionsdetails td INNER JOIN taxes tx ON tx.uid = td.SaleTaxUID "
+                "INNER JOIN plus pl ON td.PluUid = pl.UID WHERE td.TransactionUID = th.uid AND td.SaleValue > 0)");
     }
     connection.Close();
     return counts;
