@@ -272,6 +272,19 @@ void Dialog::Place(int id, int x, int y, int width, int height) const {
     ::MoveWindow(Item(id), x, y, width, height, TRUE);
 }
 
+void Dialog::PlaceFillAndButtons(int fill, const std::vector<int>& buttons, int width, int height,
+                                 int margin, int buttonWidth, int buttonHeight) const {
+    const int edge = PixelsX(margin), across = PixelsX(buttonWidth), tall = PixelsY(buttonHeight),
+              gap = PixelsX(4);
+    const int buttonsTop = height - edge - tall;
+    Place(fill, edge, edge, width - 2 * edge, buttonsTop - gap - edge);
+    int right = width - edge;
+    for (int button : buttons) {
+        Place(button, right - across, buttonsTop, across, tall);
+        right -= across + gap;
+    }
+}
+
 void TwoColumnList::Attach(HWND control, int id, std::vector<int> widthsPixels) {
     window_ = control;
     id_ = id;

@@ -84,6 +84,11 @@ protected:
                   int width, int height);
     // Moves a control to a rectangle given in pixels.
     void Place(int id, int x, int y, int width, int height) const;
+    // The layout of a resizable dialog in a client area of width × height pixels: the control
+    // `fill` takes all of it but a margin around and a row of buttons under it, on the right,
+    // `buttons` from right to left; margin and button sizes in dialog units.
+    void PlaceFillAndButtons(int fill, const std::vector<int>& buttons, int width, int height,
+                             int margin, int buttonWidth, int buttonHeight) const;
     // Dialog units to pixels, horizontally and vertically.
     int PixelsX(int units) const;
     int PixelsY(int units) const;

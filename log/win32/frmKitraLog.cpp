@@ -90,12 +90,8 @@ bool frmKitraLog::OnNotify(const NMHDR& header, LRESULT& result) {
 
 void frmKitraLog::OnSize(int width, int height) {
     // The grid fills the dialog; the buttons stay under it on the right whatever the size.
-    const int margin = PixelsX(kMargin), buttonWidth = PixelsX(kButtonWidth),
-              buttonHeight = PixelsY(kButtonHeight), gap = PixelsX(4);
-    const int buttonsTop = height - margin - buttonHeight;
-    Place(IDC_vsfImportLog, margin, margin, width - 2 * margin, buttonsTop - gap - margin);
-    Place(IDC_cmdExit, width - margin - buttonWidth, buttonsTop, buttonWidth, buttonHeight);
-    Place(IDC_cmdDelete, width - margin - 2 * buttonWidth - gap, buttonsTop, buttonWidth, buttonHeight);
+    PlaceFillAndButtons(IDC_vsfImportLog, {IDC_cmdExit, IDC_cmdDelete}, width, height, kMargin,
+                        kButtonWidth, kButtonHeight);
 }
 
 void frmKitraLogContents::ShowLog(const KitraLog& record, HWND owner) {
@@ -135,11 +131,8 @@ bool frmKitraLogContents::OnCommand(int id, int code, HWND) {
 }
 
 void frmKitraLogContents::OnSize(int width, int height) {
-    const int margin = PixelsX(kMargin), buttonWidth = PixelsX(kButtonWidth),
-              buttonHeight = PixelsY(kButtonHeight), gap = PixelsX(4);
-    const int buttonTop = height - margin - buttonHeight;
-    Place(IDC_txtLog, margin, margin, width - 2 * margin, buttonTop - gap - margin);
-    Place(IDC_LogContentsOk, width - margin - buttonWidth, buttonTop, buttonWidth, buttonHeight);
+    PlaceFillAndButtons(IDC_txtLog, {IDC_LogContentsOk}, width, height, kMargin, kButtonWidth,
+                        kButtonHeight);
 }
 
 }  // namespace kitra::win32

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "core/Text.h"
+#include "core/win32/Dialog.h"
 
 namespace kitra::testing {
 namespace {
@@ -218,14 +219,7 @@ void UserAtTheScreen::SetChecked(HWND dialog, int id, bool checked) {
 }
 
 void UserAtTheScreen::SetPicker(HWND dialog, int id, const DateTime& moment) {
-    SYSTEMTIME time{};
-    time.wYear = static_cast<WORD>(moment.year);
-    time.wMonth = static_cast<WORD>(moment.month);
-    time.wDay = static_cast<WORD>(moment.day);
-    time.wHour = static_cast<WORD>(moment.hour);
-    time.wMinute = static_cast<WORD>(moment.minute);
-    time.wSecond = static_cast<WORD>(moment.second);
-    ::SendMessageW(Control(dialog, id), DTM_SETSYSTEMTIME, GDT_VALID, reinterpret_cast<LPARAM>(&time));
+    win32::SetPicker(Control(dialog, id), moment);
 }
 
 int UserAtTheScreen::RowCount(HWND dialog, int id) const {
@@ -318,9 +312,7 @@ bool UserAtTheScreen::Checked(HWND dialog, int id) const {
 }
 
 DateTime UserAtTheScreen::Picker(HWND dialog, int id) const {
-    SYSTEMTIME time{};
-    ::SendMessageW(Control(dialog, id), DTM_GETSYSTEMTIME, 0, reinterpret_cast<LPARAM>(&time));
-    return {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond};
+    return win32::DateOfPicker(Control(dialog, id));
 }
 
 HWND UserAtTheScreen::Focus() const {
