@@ -140,6 +140,12 @@ ImportMapping ReadImportMapping(const std::string& settingsFile, const std::stri
     return mapping;
 }
 
+// A document's lines as the import's statement reads them: a line without its tax or its item
+// in the restaurant's tables is not read.
+constexpr const char* kLinesRead =
+    "transactionsdetails td INNER JOIN taxes tx ON tx.uid = td.SaleTaxUID "
+    "INNER JOIN plus pl ON td.PluUid = pl.UID";
+
 ImportCounts CountRestaurant(const FetchFloorOptions& options, const ImportMapping& mapping,
                              const std::string& backOfficeFile) {
     ImportCounts counts;
@@ -154,10 +160,9 @@ ImportCounts CountRestaurant(const FetchFloorOptions& options, const ImportMappi
                   fmt::format("{}", fmt::join(mapping.documentTypes, ",")) + ")";
 
     counts.documents = CountRows(connection, "SELECT COUNT(*) FROM transactionsheaders th WHERE " + headers);
-    // Lines joined as the import's statement joins them (a line without its tax or item is not read).
+    // Lines as the import reads them.
     counts.lines = CountRows(connection,
-                             "SELECT COUNT(*) FROM transactionsdetails td INNER JOIN taxes tx on tx.uid = td.SaleTaxUID "
-                             "INNER JOIN plus pl on td.PluUid = pl.UID INNER JOIN transactionsheaders th ON "
+                             std::string("SELECT COUNT(*) FROM ") + kLinesRead + " INNER JOIN transactionsheaders th ON "
                              "th.UID = td.TransactionUID WHERE " + headers);
 
     // Payments: one per document and back-office tender (payment types of one tender are one
@@ -235,8 +240,7 @@ ImportCounts CountRestaurant(const FetchFloorOptions& options, const ImportMappi
             "cashdrawer_movements cm on cm.uid = tt.ReceiptMovementuid INNER JOIN salesmans on salesmans.uid = "
             "cm.SalesmanUID WHERE cm.MovementTypeid in (8,9) AND " + SinceCondition("cm.Date", since) +
                 " AND cm.DocumentID <> '' AND th.DocumentTypeUID = 11 AND th.TransactionStatus = 'N' AND " + headers +
-                " AND EXISTS (SELECT 1 FROM transactionsdetails td INNER JOIN taxes tx ON tx.uid = td.SaleTaxUID "
-                "INNER JOIN plus pl ON td.PluUid = pl.UID WHERE td.TransactionUID = th.uid AND td.SaleValue > 0)");
+                " AND EXISTS (SELECT 1 FROM " + kLinesRead + " WHERE td.TransactionUID = th.uid AND td.SaleValue > 0)");
     }
     connection.Close();
     return counts;
