@@ -37,6 +37,9 @@ FileContents Inspect(const std::filesystem::path& file) {
     std::error_code error;
     if (std::filesystem::is_regular_file(file, error) && std::filesystem::file_size(file, error) == 0)
         return {FileContents::Kind::Empty, {}};
+    // The first connection of the process starts SQLite: its settings have to be made first, or
+    // every connection after it runs without them.
+    ConfigureSqlite();
     sqlite3* db = nullptr;
     // SQLite takes the name in UTF-8 on every platform.
     const std::u8string name = file.u8string();

@@ -9,6 +9,9 @@
 #include <set>
 #include <sstream>
 
+#include <sqlite3.h>
+
+#include "backoffice/BackOffice.h"
 #include "backoffice/Schema.h"
 #include "backoffice/cli/KitraHost.h"
 #include "tests/backoffice/TempFolder.h"
@@ -232,6 +235,25 @@ TEST(KitraHostProgram, InitThenSqlite3ShowsTheDocumentedTables) {
     const Output wrong = Shell(std::string(KITRA_HOST_PROGRAM) + " iniciar");
     EXPECT_EQ(wrong.exitCode, 2);
     EXPECT_NE(wrong.text.find("Comando desconhecido: 'iniciar'."), std::string::npos) << wrong.text;
+}
+
+// The back office looks at an existing file before it opens it; that first look starts SQLite
+// in the process, so it must not start it without the back office's settings.
+TEST(KitraHostProgram, AnExistingBackOfficeOpensWithTheLibrarySettings) {
+    TempFolder folder;
+    const auto data = folder.Path() / "data";
+    // Made by another process: nothing in this one has started SQLite yet.
+    const Output init = Shell(std::string(KITRA_HOST_PROGRAM) + " init --data " + Quoted(data));
+    ASSERT_EQ(init.exitCode, 0) << init.text;
+
+    BackOffice office(data);
+    // A record's journal in memory by the library's setting, not by temp_store=MEMORY.
+    Statement tempStore(office.GetDatabase(), "PRAGMA temp_store");
+    ASSERT_TRUE(tempStore.Step());
+    EXPECT_EQ(tempStore.Column(0).ToInt32(), 1);
+    // No memory statistics: SQLite counts nothing.
+    EXPECT_TRUE(office.tenders.Exists(1));
+    EXPECT_EQ(sqlite3_memory_used(), 0);
 }
 
 }  // namespace

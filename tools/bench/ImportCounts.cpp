@@ -20,6 +20,7 @@
 
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
+#include "backoffice/Database.h"
 
 namespace kitra::bench {
 namespace {
@@ -46,6 +47,9 @@ std::string SinceCondition(const std::string& column, const std::string& since) 
 class BackOffice {
 public:
     explicit BackOffice(const std::string& file) {
+        // The first file the bench opens starts SQLite in this process: with the back office's
+        // settings, which the write floor opens with after it.
+        backoffice::ConfigureSqlite();
         if (sqlite3_open_v2(file.c_str(), &db_, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
             const std::string message = db_ ? sqlite3_errmsg(db_) : "out of memory";
             sqlite3_close(db_);
