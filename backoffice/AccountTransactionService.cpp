@@ -260,7 +260,7 @@ void AccountTransactionService::Save(host::AccountTransaction& t) {
     ApplyReceipt(t);
 
     const host::Transaction document = ReceiptDocument(database_, t);
-    key = WriteHeader(database_, key, HeaderValues(document, numberAssigned, now));
+    key = WriteHeader(database_, key, document, numberAssigned, now);
     WritePayments(database_, key, document);
     WriteCashMovements(database_, key, document);
     Statement settle(database_,

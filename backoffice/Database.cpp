@@ -174,6 +174,60 @@ Statement& Statement::Bind(int position, const Variant& value) {
     return *this;
 }
 
+void Statement::ExpectValues(int count) const {
+    const int expected = sqlite3_bind_parameter_count(statement_);
+    if (expected != count)
+        throw Error(fmt::format("A instrução espera {} valores e recebeu {}.", expected, count));
+}
+
+void Statement::CheckBound(int rc) const {
+    if (rc != SQLITE_OK) throw database_.Failure(rc, "associar um valor à instrução");
+}
+
+void Statement::BindValue(int position, std::int32_t value, Copy) {
+    CheckBound(sqlite3_bind_int(statement_, position + 1, value));
+}
+
+void Statement::BindValue(int position, std::int64_t value, Copy) {
+    CheckBound(sqlite3_bind_int64(statement_, position + 1, value));
+}
+
+void Statement::BindValue(int position, double value, Copy) {
+    CheckBound(sqlite3_bind_double(statement_, position + 1, value));
+}
+
+void Statement::BindValue(int position, bool value, Copy) {
+    CheckBound(sqlite3_bind_int(statement_, position + 1, value ? 1 : 0));
+}
+
+void Statement::BindValue(int position, const char* value, Copy) {
+    // A fixed text of the program's own: it outlives every statement.
+    CheckBound(sqlite3_bind_text(statement_, position + 1, value, -1, SQLITE_STATIC));
+}
+
+void Statement::BindValue(int position, const std::string& value, Copy copy) {
+    CheckBound(sqlite3_bind_text(statement_, position + 1, value.data(),
+                                 static_cast<int>(value.size()),
+                                 copy == Copy::Yes ? SQLITE_TRANSIENT : SQLITE_STATIC));
+}
+
+void Statement::BindValue(int position, const DateTime& value, Copy) {
+    const std::string text = FormatIsoDateTime(value);
+    CheckBound(sqlite3_bind_text(statement_, position + 1, text.data(),
+                                 static_cast<int>(text.size()), SQLITE_TRANSIENT));
+}
+
+void Statement::RunAndUnbind() {
+    try {
+        Run();
+    } catch (...) {
+        sqlite3_clear_bindings(statement_);
+        throw;
+    }
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+}
+
 bool Statement::Step() {
     const int rc = sqlite3_step(statement_);
     if (rc == SQLITE_ROW) return true;

@@ -78,6 +78,25 @@ public:
     // a boolean as 0 or 1, Empty and Null as NULL.
     Statement& Bind(const std::vector<Variant>& values);
     Statement& Bind(int position, const Variant& value);
+    // The same for values of their own types (whole numbers, reals, booleans, texts, dates),
+    // bound directly: a save binds hundreds of thousands of values, and making each a general
+    // value first, in a vector of its own, cost as much as SQLite's own binding.
+    template <typename... Values>
+    Statement& BindValues(const Values&... values) {
+        ExpectValues(static_cast<int>(sizeof...(Values)));
+        int position = 0;
+        (BindValue(position++, values, Copy::Yes), ...);
+        return *this;
+    }
+    // Binds the values as BindValues does, runs the statement to its end, resets it and unbinds
+    // them, so it is ready for the next values. The texts are not copied: they outlive the run.
+    template <typename... Values>
+    void RunWith(const Values&... values) {
+        ExpectValues(static_cast<int>(sizeof...(Values)));
+        int position = 0;
+        (BindValue(position++, values, Copy::No), ...);
+        RunAndUnbind();
+    }
     // Runs to the next row: true when there is one, false when the statement is done.
     bool Step();
     // Runs to the end, discarding any rows.
@@ -96,6 +115,21 @@ public:
     ado::Recordset ReadAll();
 
 private:
+    // Whether SQLite keeps its own copy of a bound text, or uses the caller's while it runs.
+    enum class Copy { No, Yes };
+    void ExpectValues(int count) const;
+    void BindValue(int position, std::int32_t value, Copy);
+    void BindValue(int position, std::int64_t value, Copy);
+    void BindValue(int position, double value, Copy);
+    void BindValue(int position, bool value, Copy);
+    void BindValue(int position, const char* value, Copy);
+    void BindValue(int position, const std::string& value, Copy copy);
+    void BindValue(int position, const DateTime& value, Copy);
+    void BindValue(int position, const Variant& value, Copy) { Bind(position, value); }
+    // A bind refused by SQLite, in the user's terms.
+    void CheckBound(int rc) const;
+    void RunAndUnbind();
+
     const Database& database_;
     // The connection is this statement's from its start to its end.
     ConnectionUse use_;

@@ -18,7 +18,7 @@ std::string DocumentName(const std::string& type, const std::string& series, std
 
 host::DocumentKind KindOfDocumentType(const Database& database, const std::string& documentTypeID) {
     Statement type(database, "SELECT Kind FROM document_types WHERE DocumentTypeID=?");
-    type.Bind({Variant(documentTypeID)});
+    type.BindValues(documentTypeID);
     if (!type.Step())
         throw Error(fmt::format("Não existe o tipo de documento '{}'.", documentTypeID));
     return static_cast<host::DocumentKind>(type.Column(0).ToInt32());
@@ -26,7 +26,7 @@ host::DocumentKind KindOfDocumentType(const Database& database, const std::strin
 
 void CheckSeries(const Database& database, const std::string& seriesID) {
     Statement series(database, "SELECT Active FROM document_series WHERE SeriesID=?");
-    series.Bind({Variant(seriesID)});
+    series.BindValues(seriesID);
     if (!series.Step()) throw Error(fmt::format("Não existe a série '{}'.", seriesID));
     if (!series.Column(0).ToBool())
         throw Error(fmt::format("A série '{}' não está activa.", seriesID));
@@ -37,7 +37,7 @@ std::int32_t KeyOf(const Database& database, const std::string& type, const std:
     Statement find(database,
                    "SELECT DocumentKey FROM documents "
                    "WHERE DocumentTypeID=? AND SeriesID=? AND DocumentNumber=?");
-    find.Bind({Variant(type), Variant(series), Variant(number)});
+    find.BindValues(type, series, number);
     return find.Step() ? find.Column(0).ToInt32() : 0;
 }
 
@@ -114,7 +114,7 @@ void KeepInHistory(Database& database, std::int32_t key, const std::string& type
 
 double SettledOf(const Database& database, std::int32_t key) {
     Statement entry(database, "SELECT Amount - OpenAmount FROM account_entries WHERE DocumentKey=?");
-    entry.Bind({Variant(key)});
+    entry.BindValues(key);
     return entry.Step() ? entry.Column(0).ToDouble() : 0.0;
 }
 
@@ -124,39 +124,6 @@ void RemoveChildren(Database& database, std::int32_t key) {
         Statement remove(database, fmt::format("DELETE FROM {} WHERE DocumentKey=?", table));
         remove.Bind({Variant(key)}).Run();
     }
-}
-
-std::vector<Variant> HeaderValues(const host::Transaction& t, bool numberAssigned,
-                                  const DateTime& savedAt) {
-    return {Variant(t.DocumentTypeID),
-            Variant(t.SeriesID),
-            Variant(t.DocumentNumber),
-            Variant(numberAssigned),
-            Variant(static_cast<std::int32_t>(t.Kind)),
-            Variant(static_cast<std::int32_t>(t.Stock)),
-            Variant(RoundToInt32(t.CustomerID)),
-            Variant(RoundToInt32(t.SalesmanID)),
-            Variant(t.PriceLineID),
-            Variant(t.ExchangeRate),
-            Variant(t.PricesIncludeTax),
-            Variant(t.WarehouseID),
-            Variant(t.DocumentDate),
-            Variant(t.DueDate),
-            Variant(t.CurrencyID),
-            Variant(t.Tax.CountryID),
-            Variant(t.Tax.TaxRegionID),
-            Variant(t.WorkstationID),
-            Variant(t.StampDate),
-            Variant(t.Comment),
-            Variant(t.CreditSale),
-            Variant(t.LinesTotal),
-            Variant(t.TotalNet),
-            Variant(t.TotalTax),
-            Variant(t.TotalAdjustment),
-            Variant(t.Total),
-            Variant(t.PaidAmount),
-            Variant(static_cast<std::int32_t>(t.StateCode)),
-            Variant(savedAt)};
 }
 
 const std::vector<const char*>& HeaderColumns() {
@@ -170,24 +137,37 @@ const std::vector<const char*>& HeaderColumns() {
     return columns;
 }
 
-std::int32_t WriteHeader(Database& database, std::int32_t existingKey,
-                         const std::vector<Variant>& values) {
-    std::string columns, placeholders, assignments;
-    for (const char* column : HeaderColumns()) {
-        columns += (columns.empty() ? "" : ",") + std::string(column);
-        placeholders += placeholders.empty() ? "?" : ",?";
-        assignments += (assignments.empty() ? "" : ",") + std::string(column) + "=?";
-    }
+std::int32_t WriteHeader(Database& database, std::int32_t existingKey, const host::Transaction& t,
+                         bool numberAssigned, const DateTime& savedAt) {
+    // The texts are made once: every document is saved through them.
+    static const std::pair<std::string, std::string> texts = [] {
+        std::string columns, placeholders, assignments;
+        for (const char* column : HeaderColumns()) {
+            columns += (columns.empty() ? "" : ",") + std::string(column);
+            placeholders += placeholders.empty() ? "?" : ",?";
+            assignments += (assignments.empty() ? "" : ",") + std::string(column) + "=?";
+        }
+        return std::pair{fmt::format("INSERT INTO documents ({}) VALUES ({})", columns, placeholders),
+                         fmt::format("UPDATE documents SET {} WHERE DocumentKey=?", assignments)};
+    }();
+    // The values in the order of HeaderColumns, then the key where the header is overwritten.
+    const auto write = [&](Statement& statement, const auto&... key) {
+        statement.RunWith(t.DocumentTypeID, t.SeriesID, t.DocumentNumber, numberAssigned,
+                          static_cast<std::int32_t>(t.Kind), static_cast<std::int32_t>(t.Stock),
+                          RoundToInt32(t.CustomerID), RoundToInt32(t.SalesmanID), t.PriceLineID,
+                          t.ExchangeRate, t.PricesIncludeTax, t.WarehouseID, t.DocumentDate,
+                          t.DueDate, t.CurrencyID, t.Tax.CountryID, t.Tax.TaxRegionID,
+                          t.WorkstationID, t.StampDate, t.Comment, t.CreditSale, t.LinesTotal,
+                          t.TotalNet, t.TotalTax, t.TotalAdjustment, t.Total, t.PaidAmount,
+                          static_cast<std::int32_t>(t.StateCode), savedAt, key...);
+    };
     if (existingKey != 0) {
-        Statement update(database,
-                         fmt::format("UPDATE documents SET {} WHERE DocumentKey=?", assignments));
-        for (std::size_t i = 0; i < values.size(); ++i) update.Bind(static_cast<int>(i), values[i]);
-        update.Bind(static_cast<int>(values.size()), Variant(existingKey)).Run();
+        Statement update(database, texts.second);
+        write(update, existingKey);
         return existingKey;
     }
-    Statement insert(database,
-                     fmt::format("INSERT INTO documents ({}) VALUES ({})", columns, placeholders));
-    insert.Bind(values).Run();
+    Statement insert(database, texts.first);
+    write(insert);
     return static_cast<std::int32_t>(database.LastInsertKey());
 }
 
@@ -199,27 +179,19 @@ void WriteLines(Database& database, std::int32_t key, const host::Transaction& t
                      "GrossValue, DiscountAmount, TotalWithTax, NetValue, TaxValue) "
                      "VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
     for (const host::TransactionLine& line : t.Lines) {
-        insert.Reset();
-        insert
-            .Bind({Variant(key), Variant(line.LineNumber), Variant(line.ItemID),
-                   Variant(line.Description), Variant(line.TaxableGroupID), Variant(line.TaxRate),
-                   Variant(RoundToInt32(line.SalesmanID)), Variant(line.WarehouseID),
-                   Variant(line.TargetWarehouseID), Variant(line.Quantity), Variant(line.UnitPrice),
-                   Variant(line.UnitPriceWithoutTax), Variant(line.DiscountPercent),
-                   Variant(line.DiscountValue), Variant(line.GrossValue),
-                   Variant(line.DiscountAmount), Variant(line.TotalWithTax),
-                   Variant(line.NetValue), Variant(line.TaxValue)})
-            .Run();
+        insert.RunWith(key, line.LineNumber, line.ItemID, line.Description, line.TaxableGroupID,
+                       line.TaxRate, RoundToInt32(line.SalesmanID), line.WarehouseID,
+                       line.TargetWarehouseID, line.Quantity, line.UnitPrice,
+                       line.UnitPriceWithoutTax, line.DiscountPercent, line.DiscountValue,
+                       line.GrossValue, line.DiscountAmount, line.TotalWithTax, line.NetValue,
+                       line.TaxValue);
     }
     Statement tax(database,
                   "INSERT INTO document_taxes (DocumentKey, TaxableGroupID, Rate, TaxableAmount, "
                   "TaxAmount, TotalWithTax) VALUES (?,?,?,?,?,?)");
     for (const host::TaxSummary& group : t.Taxes) {
-        tax.Reset();
-        tax.Bind({Variant(key), Variant(group.TaxableGroupID), Variant(group.Rate),
-                  Variant(group.TaxableAmount), Variant(group.TaxAmount),
-                  Variant(group.TotalWithTax)})
-            .Run();
+        tax.RunWith(key, group.TaxableGroupID, group.Rate, group.TaxableAmount, group.TaxAmount,
+                    group.TotalWithTax);
     }
 }
 
@@ -230,15 +202,8 @@ void WritePayments(Database& database, std::int32_t key, const host::Transaction
     Statement card(database,
                    "INSERT INTO card_payments (DocumentKey, LineNumber, Amount) VALUES (?,?,?)");
     for (const host::TransactionPayment& p : t.Payments) {
-        payment.Reset();
-        payment.Bind({Variant(key), Variant(p.LineNumber), Variant(p.TenderID),
-                      Variant(RoundMoney(p.Amount))})
-            .Run();
-        if (p.CardDetail) {
-            card.Reset();
-            card.Bind({Variant(key), Variant(p.LineNumber), Variant(RoundMoney(p.CardDetail->Amount))})
-                .Run();
-        }
+        payment.RunWith(key, p.LineNumber, p.TenderID, RoundMoney(p.Amount));
+        if (p.CardDetail) card.RunWith(key, p.LineNumber, RoundMoney(p.CardDetail->Amount));
     }
 }
 
@@ -254,14 +219,10 @@ void WriteStockMovements(Database& database, std::int32_t key, const host::Trans
     for (const host::TransactionLine& line : t.Lines) {
         if (line.Quantity == 0) continue;
         stocked.Reset();
-        stocked.Bind({Variant(line.ItemID)});
+        stocked.BindValues(line.ItemID);
         if (!stocked.Step() || !stocked.Column(0).ToBool()) continue;
-        movement.Reset();
-        movement
-            .Bind({Variant(key), Variant(line.LineNumber), Variant(line.ItemID),
-                   Variant(line.WarehouseID), Variant(direction * line.Quantity),
-                   Variant(t.DocumentDate)})
-            .Run();
+        movement.RunWith(key, line.LineNumber, line.ItemID, line.WarehouseID,
+                         direction * line.Quantity, t.DocumentDate);
     }
 }
 
@@ -277,7 +238,7 @@ void WriteAccountEntry(Database& database, std::int32_t key, const host::Transac
                         settled >= kNoAmount
                             ? "UPDATE account_entries SET OpenAmount=0 WHERE DocumentKey=?"
                             : "DELETE FROM account_entries WHERE DocumentKey=?");
-        close.Bind({Variant(key)}).Run();
+        close.RunWith(key);
         return;
     }
     WriteEntry(database, key, onAccount ? "C" : "D", t, amount, std::max(0.0, RoundMoney(amount - settled)));
@@ -294,12 +255,8 @@ void WriteEntry(Database& database, std::int32_t key, const char* entryType,
                      "DocumentNumber=excluded.DocumentNumber, DocumentDate=excluded.DocumentDate, "
                      "DueDate=excluded.DueDate, Total=excluded.Total, Amount=excluded.Amount, "
                      "OpenAmount=excluded.OpenAmount");
-    upsert
-        .Bind({Variant(key), Variant(entryType), Variant(RoundToInt32(t.CustomerID)),
-               Variant(t.DocumentTypeID), Variant(t.SeriesID), Variant(t.DocumentNumber),
-               Variant(t.DocumentDate), Variant(t.DueDate), Variant(t.Total), Variant(amount),
-               Variant(open)})
-        .Run();
+    upsert.RunWith(key, entryType, RoundToInt32(t.CustomerID), t.DocumentTypeID, t.SeriesID,
+                   t.DocumentNumber, t.DocumentDate, t.DueDate, t.Total, amount, open);
 }
 
 void WriteCashMovements(Database& database, std::int32_t key, const host::Transaction& t) {
@@ -320,11 +277,8 @@ void WriteCashMovements(Database& database, std::int32_t key, const host::Transa
                        "INSERT INTO cash_movements (DocumentKey, WorkstationID, TenderID, Amount, "
                        "MovementDate) VALUES (?,?,?,?,?)");
     for (const host::TransactionPayment& payment : t.Payments) {
-        movement.Reset();
-        movement
-            .Bind({Variant(key), Variant(t.WorkstationID), Variant(payment.TenderID),
-                   Variant(direction * RoundMoney(payment.Amount)), Variant(t.DocumentDate)})
-            .Run();
+        movement.RunWith(key, t.WorkstationID, payment.TenderID,
+                         direction * RoundMoney(payment.Amount), t.DocumentDate);
     }
 }
 
@@ -378,7 +332,7 @@ void KeepSourceUID(Database& database, std::int32_t key, const std::string& sour
     if (sourceUID.empty()) return;
     Statement keep(database,
                    "UPDATE documents SET SourceUID=?2 WHERE DocumentKey=?1 AND SourceUID IS NOT ?2");
-    keep.Bind({Variant(key), Variant(sourceUID)}).Run();
+    keep.RunWith(key, sourceUID);
 }
 
 bool NumberedHere(const Database& database, std::int32_t key) {

@@ -109,13 +109,11 @@ double SettledOf(const Database& database, std::int32_t key);
 // Removes the rows that hang off a document, before a new version is written.
 void RemoveChildren(Database& database, std::int32_t key);
 
-// The documents columns, in the order HeaderValues gives their values.
+// The documents columns a header is written to.
 const std::vector<const char*>& HeaderColumns();
-std::vector<Variant> HeaderValues(const host::Transaction& t, bool numberAssigned,
-                                  const DateTime& savedAt);
 // Inserts the header (existingKey 0) or overwrites it; answers the document's key.
-std::int32_t WriteHeader(Database& database, std::int32_t existingKey,
-                         const std::vector<Variant>& values);
+std::int32_t WriteHeader(Database& database, std::int32_t existingKey, const host::Transaction& t,
+                         bool numberAssigned, const DateTime& savedAt);
 
 void WriteLines(Database& database, std::int32_t key, const host::Transaction& t);
 void WritePayments(Database& database, std::int32_t key, const host::Transaction& t);

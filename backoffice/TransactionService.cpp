@@ -227,7 +227,7 @@ void TransactionService::Save(host::Transaction& transaction) {
         RemoveChildren(database_, key);
     }
     const bool isNew = key == 0;
-    key = WriteHeader(database_, key, HeaderValues(transaction, numberAssigned, now));
+    key = WriteHeader(database_, key, transaction, numberAssigned, now);
     if (isNew) KeepSourceUID(database_, key, transaction.SourceUID);
     WriteLines(database_, key, transaction);
     WritePayments(database_, key, transaction);
