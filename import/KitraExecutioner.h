@@ -4,6 +4,7 @@
 // the log as a row of Kitra2Log and reports a summary; at the end it saves the settings, has
 // the host compact its database and says that the import has finished.
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -11,6 +12,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "ado/Connection.h"
 #include "core/Clock.h"
@@ -85,6 +87,9 @@ public:
     // Shared conversions and lookups of the importers.
     static std::string CleanText(const std::string& text);
     std::int16_t GetTaxableGroupForRate(double rate) const;
+    // The value without the taxable group's tax, as the host calculates it in its tax context.
+    // Taxes do not change while documents are imported, and lines repeat the items' prices: in
+    // a document step each value and group is asked of the host once.
     double CalculateWithTaxableGroup(double value, std::int32_t taxableGroup) const;
     double ParseHundredths(const std::string& text) const;
     // Creates the fixed host records that imported documents refer to; never overwrites.
@@ -105,6 +110,8 @@ public:
     void SetTransactionObject(std::unique_ptr<host::ITransactionBusiness> object) {
         transactionObject_ = std::move(object);
         soldByWeight_.clear();
+        valuesWithoutTax_.clear();
+        taxContext_.reset();
     }
     // Whether the host sells the item by weight (false for an item it does not know). Items do
     // not change while documents are imported, so each is asked of the host once per document
@@ -143,6 +150,16 @@ private:
     bool hostDefaultsEnsured_ = false;
     std::unique_ptr<host::ITransactionBusiness> transactionObject_;
     std::unordered_map<std::string, bool> soldByWeight_;
+    // What the host answered, in this document step, for a value with tax (its bits) under a
+    // taxable group (see CalculateWithTaxableGroup), and its tax context.
+    struct ValueKeyHash {
+        std::size_t operator()(const std::pair<std::int32_t, std::uint64_t>& key) const noexcept {
+            return std::hash<std::uint64_t>{}(key.second * 31 + static_cast<std::uint64_t>(key.first));
+        }
+    };
+    mutable std::unordered_map<std::pair<std::int32_t, std::uint64_t>, double, ValueKeyHash>
+        valuesWithoutTax_;
+    mutable std::optional<host::TaxContext> taxContext_;
 };
 
 }  // namespace kitra

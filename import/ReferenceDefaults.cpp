@@ -40,9 +40,19 @@ std::int16_t KitraExecutioner::GetTaxableGroupForRate(double rate) const {
 
 double KitraExecutioner::CalculateWithTaxableGroup(double value, std::int32_t taxableGroup) const {
     if (value == 0) return 0;
-    return services_.tax->ValueWithTaxableGroup(value, taxableGroup,
-                                                services_.company->GetTaxContext(),
-                                                host::TaxCalculation::RemoveTax);
+    if (!transactionObject_) {
+        return services_.tax->ValueWithTaxableGroup(value, taxableGroup,
+                                                    services_.company->GetTaxContext(),
+                                                    host::TaxCalculation::RemoveTax);
+    }
+    const std::pair key{taxableGroup, std::bit_cast<std::uint64_t>(value)};
+    if (auto known = valuesWithoutTax_.find(key); known != valuesWithoutTax_.end())
+        return known->second;
+    if (!taxContext_) taxContext_ = services_.company->GetTaxContext();
+    const double withoutTax = services_.tax->ValueWithTaxableGroup(
+        value, taxableGroup, *taxContext_, host::TaxCalculation::RemoveTax);
+    valuesWithoutTax_.emplace(key, withoutTax);
+    return withoutTax;
 }
 
 double KitraExecutioner::ParseHundredths(const std::string& text) const {

@@ -11,11 +11,36 @@
 
 #include "ado/Connection.h"
 #include "import/Importers.h"
+#include "host/ITaxService.h"
 #include "import/KitraExecutioner.h"
 #include "tests/hostsupport/TestBackOffice.h"
 #include "tests/support/RestaurantDatabaseTest.h"
 
 namespace kitra {
+
+// The host's tax service as it is, counting the values it is asked to take the tax out of.
+class CountedTaxService : public host::ITaxService {
+public:
+    explicit CountedTaxService(const host::ITaxService& host) : host_(host) {}
+    std::int16_t TaxableGroupForRate(double rate, const host::TaxContext& context) const override {
+        return host_.TaxableGroupForRate(rate, context);
+    }
+    double ValueWithTaxableGroup(double amount, std::int32_t taxableGroupID,
+                                 const host::TaxContext& context,
+                                 host::TaxCalculation calculation) const override {
+        ++valuesAsked;
+        return host_.ValueWithTaxableGroup(amount, taxableGroupID, context, calculation);
+    }
+    mutable int valuesAsked = 0;
+
+private:
+    const host::ITaxService& host_;
+};
+
+inline host::HostServices WithTaxService(host::HostServices services, host::ITaxService& tax) {
+    services.tax = &tax;
+    return services;
+}
 
 class MasterDataImportTest : public test::RestaurantDatabaseTest {
 protected:
@@ -74,8 +99,10 @@ protected:
     const host::HostServices& Host() const { return office.Services(); }
 
     testing::TestBackOffice office;
+    CountedTaxService tax{*office.Services().tax};
+    host::HostServices services = WithTaxService(office.Services(), tax);
     FixedClock clock{kMoment};
-    KitraExecutioner engine{office.Services(), clock};
+    KitraExecutioner engine{services, clock};
     ado::Connection connection;
     Restaurant restaurant;
 };

@@ -208,6 +208,27 @@ TEST_F(SaleDocumentsImportTest, TheItemPrefixGoesBeforeTheItemCode) {
     EXPECT_EQ(Document("VB", 1)->Document.Lines[0].ItemID, "100");
 }
 
+TEST_F(SaleDocumentsImportTest, EachPriceIsAskedOfTheHostOnceADocumentStep) {
+    AddHeader(1, 17, "FT0000123", 450);
+    AddLine(1, 1, "Cerveja", 3, 150, 450);
+    AddTender(1, 1, 450);
+    AddHeader(2, 17, "FT0000124", 300);
+    AddLine(2, 1, "Cerveja", 2, 150, 300);
+    AddTender(2, 1, 300);
+    ASSERT_TRUE(Import());
+    // The same price under the same group: one question for both documents.
+    EXPECT_EQ(tax.valuesAsked, 1);
+    for (const int number : {123, 124}) {
+        const auto saved = Document("VB", number);
+        ASSERT_TRUE(saved.has_value());
+        ASSERT_EQ(saved->Document.Lines.size(), 1u);
+        EXPECT_DOUBLE_EQ(saved->Document.Lines[0].UnitPriceWithoutTax, 1.22);
+    }
+    // A new step asks again: the host's taxes may have changed between steps.
+    ASSERT_TRUE(Import());
+    EXPECT_EQ(tax.valuesAsked, 2);
+}
+
 TEST_F(SaleDocumentsImportTest, OnlyItemsSoldByWeightHaveTheirQuantityDividedByAThousand) {
     AddHeader(1, 17, "FT0000001", 0);
     AddLine(1, 2, "Picanha", 1500, 1000, 1500);  // C200, weighed
