@@ -123,6 +123,10 @@ Statement::Statement(const Database& database, std::string_view sql)
 
 Statement::~Statement() {
     if (kept_ != nullptr) {
+        if (clean_) {
+            kept_->inUse = false;
+            return;
+        }
         database_.GiveBack(*kept_);
     } else if (statement_ != nullptr) {
         database_.GiveBack(std::move(sql_), statement_);
@@ -140,6 +144,7 @@ Statement& Statement::Bind(const std::vector<Variant>& values) {
 }
 
 Statement& Statement::Bind(int position, const Variant& value) {
+    clean_ = false;
     const int index = position + 1;
     int rc = SQLITE_OK;
     switch (value.GetType()) {
@@ -180,7 +185,8 @@ void Statement::ExpectValues(int count) const {
         throw Error(fmt::format("A instrução espera {} valores e recebeu {}.", expected, count));
 }
 
-void Statement::CheckBound(int rc) const {
+void Statement::CheckBound(int rc) {
+    clean_ = false;
     if (rc != SQLITE_OK) throw database_.Failure(rc, "associar um valor à instrução");
 }
 
@@ -226,9 +232,11 @@ void Statement::RunAndUnbind() {
     }
     sqlite3_reset(statement_);
     sqlite3_clear_bindings(statement_);
+    clean_ = true;
 }
 
 bool Statement::Step() {
+    clean_ = false;
     const int rc = sqlite3_step(statement_);
     if (rc == SQLITE_ROW) return true;
     if (rc == SQLITE_DONE) return false;
@@ -246,6 +254,7 @@ void Statement::Run() {
 void Statement::Reset() {
     sqlite3_reset(statement_);
     sqlite3_clear_bindings(statement_);
+    clean_ = true;
 }
 
 int Statement::ColumnCount() const { return sqlite3_column_count(statement_); }

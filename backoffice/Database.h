@@ -127,7 +127,7 @@ private:
     void BindValue(int position, const DateTime& value, Copy);
     void BindValue(int position, const Variant& value, Copy) { Bind(position, value); }
     // A bind refused by SQLite, in the user's terms.
-    void CheckBound(int rc) const;
+    void CheckBound(int rc);
     void RunAndUnbind();
 
     const Database& database_;
@@ -138,6 +138,8 @@ private:
     // alone (then `sql_` holds its text, for the keeping when it ends).
     KeptStatement* kept_ = nullptr;
     std::string sql_;
+    // Reset and unbound since its last run (RunWith): given back as it is.
+    bool clean_ = true;
 };
 
 // Settings of the SQLite library that hold for the whole process, made once before the first

@@ -147,10 +147,14 @@ std::int32_t WriteHeader(Database& database, std::int32_t existingKey, const hos
             placeholders += placeholders.empty() ? "?" : ",?";
             assignments += (assignments.empty() ? "" : ",") + std::string(column) + "=?";
         }
-        return std::pair{fmt::format("INSERT INTO documents ({}) VALUES ({})", columns, placeholders),
+        // A new header keeps its source's key with it (NULL for none); an overwritten one keeps
+        // the one it has (see KeepSourceUID).
+        return std::pair{fmt::format("INSERT INTO documents ({},SourceUID) VALUES ({},NULLIF(?,''))",
+                                     columns, placeholders),
                          fmt::format("UPDATE documents SET {} WHERE DocumentKey=?", assignments)};
     }();
-    // The values in the order of HeaderColumns, then the key where the header is overwritten.
+    // The values in the order of HeaderColumns, then the source's key of a new header or the
+    // key of the one overwritten.
     const auto write = [&](Statement& statement, const auto&... key) {
         statement.RunWith(t.DocumentTypeID, t.SeriesID, t.DocumentNumber, numberAssigned,
                           static_cast<std::int32_t>(t.Kind), static_cast<std::int32_t>(t.Stock),
@@ -167,7 +171,7 @@ std::int32_t WriteHeader(Database& database, std::int32_t existingKey, const hos
         return existingKey;
     }
     Statement insert(database, texts.first);
-    write(insert);
+    write(insert, t.SourceUID);
     return static_cast<std::int32_t>(database.LastInsertKey());
 }
 

@@ -26,7 +26,7 @@ double TaxService::ValueWithTaxableGroup(double amount, std::int32_t taxableGrou
     Statement rate(database_,
                    "SELECT Rate FROM taxable_group_rates "
                    "WHERE TaxableGroupID=? AND CountryID=? AND TaxRegionID=?");
-    rate.Bind({Variant(taxableGroupID), Variant(context.CountryID), Variant(context.TaxRegionID)});
+    rate.BindValues(taxableGroupID, context.CountryID, context.TaxRegionID);
     if (!rate.Step()) {
         throw Error(fmt::format("A taxa de IVA {} não tem valor na região fiscal {}/{}.",
                                 taxableGroupID, context.CountryID, context.TaxRegionID));

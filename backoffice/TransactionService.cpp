@@ -72,8 +72,7 @@ double TransactionBusiness::RateOf(std::int16_t taxableGroupID) const {
     Statement rate(database_,
                    "SELECT Rate FROM taxable_group_rates "
                    "WHERE TaxableGroupID=? AND CountryID=? AND TaxRegionID=?");
-    rate.Bind({Variant(taxableGroupID), Variant(transaction_.Tax.CountryID),
-               Variant(transaction_.Tax.TaxRegionID)});
+    rate.BindValues(taxableGroupID, transaction_.Tax.CountryID, transaction_.Tax.TaxRegionID);
     if (!rate.Step()) {
         throw Error(fmt::format("A taxa de IVA {} não tem valor na região fiscal {}/{}.",
                                 taxableGroupID, transaction_.Tax.CountryID,
@@ -226,9 +225,7 @@ void TransactionService::Save(host::Transaction& transaction) {
         settled = SettledOf(database_, key);
         RemoveChildren(database_, key);
     }
-    const bool isNew = key == 0;
     key = WriteHeader(database_, key, transaction, numberAssigned, now);
-    if (isNew) KeepSourceUID(database_, key, transaction.SourceUID);
     WriteLines(database_, key, transaction);
     WritePayments(database_, key, transaction);
     if (transaction.StateCode != host::document_state::kVoid) {
