@@ -383,6 +383,7 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
     } catch (...) {
         for (auto& [sql, kept] : prepared_) sqlite3_finalize(kept.statement);
         prepared_.clear();
+        byAddress_.clear();
         sqlite3_close(db_);
         db_ = nullptr;
         throw;
@@ -410,13 +411,28 @@ namespace {
 // More distinct texts than the back office's services use; the bound only matters for texts
 // that carry values.
 constexpr std::size_t kMostPreparedKept = 512;
+// Addresses of texts remembered (TakePrepared): more than the places that issue statements.
+constexpr std::size_t kMostAddressesKept = 4096;
 }  // namespace
 
 KeptStatement* Database::TakePrepared(std::string_view sql) const {
-    auto found = prepared_.find(sql);
-    if (found == prepared_.end() || found->second.inUse) return nullptr;
-    found->second.inUse = true;
-    return &found->second;
+    // A statement's text is nearly always the same literal, at the same address, each time: the
+    // keeping is looked up by address first, and the text compared in full, which is cheaper
+    // than hashing it. A text at an address seen before with other words in it (a string made
+    // at run time) is found by its words.
+    if (byAddress_.size() >= kMostAddressesKept) byAddress_.clear();
+    KeptText& atAddress = byAddress_[sql.data()];
+    if (atAddress.kept == nullptr || *atAddress.text != sql) {
+        auto found = prepared_.find(sql);
+        if (found == prepared_.end()) {
+            byAddress_.erase(sql.data());
+            return nullptr;
+        }
+        atAddress = KeptText{&found->first, &found->second};
+    }
+    if (atAddress.kept->inUse) return nullptr;
+    atAddress.kept->inUse = true;
+    return atAddress.kept;
 }
 
 void Database::GiveBack(KeptStatement& kept) const noexcept {

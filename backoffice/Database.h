@@ -286,6 +286,14 @@ private:
         }
     };
     mutable std::unordered_map<std::string, KeptStatement, TextHash, std::equal_to<>> prepared_;
+    // Where the statement of a text was found when the text was last at an address (see
+    // TakePrepared): the kept text and statement, whose nodes stay where they are. Emptied
+    // when it grows beyond a bound (texts made at run time take new addresses).
+    struct KeptText {
+        const std::string* text = nullptr;
+        KeptStatement* kept = nullptr;
+    };
+    mutable std::unordered_map<const char*, KeptText> byAddress_;
 
     struct Group {
         bool active = false;  // between BeginGroup and EndGroup
