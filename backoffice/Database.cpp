@@ -206,9 +206,9 @@ void Statement::BindValue(int position, bool value, Copy) {
     CheckBound(sqlite3_bind_int(statement_, position + 1, value ? 1 : 0));
 }
 
-void Statement::BindValue(int position, const char* value, Copy) {
-    // A fixed text of the program's own: it outlives every statement.
-    CheckBound(sqlite3_bind_text(statement_, position + 1, value, -1, SQLITE_STATIC));
+void Statement::BindValue(int position, const char* value, Copy copy) {
+    CheckBound(sqlite3_bind_text(statement_, position + 1, value, -1,
+                                 copy == Copy::Yes ? SQLITE_TRANSIENT : SQLITE_STATIC));
 }
 
 void Statement::BindValue(int position, const std::string& value, Copy copy) {

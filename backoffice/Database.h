@@ -122,7 +122,7 @@ private:
     void BindValue(int position, std::int64_t value, Copy);
     void BindValue(int position, double value, Copy);
     void BindValue(int position, bool value, Copy);
-    void BindValue(int position, const char* value, Copy);
+    void BindValue(int position, const char* value, Copy copy);
     void BindValue(int position, const std::string& value, Copy copy);
     void BindValue(int position, const DateTime& value, Copy);
     void BindValue(int position, const Variant& value, Copy) { Bind(position, value); }
