@@ -1,6 +1,7 @@
 #include "backoffice/DocumentStore.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "backoffice/Money.h"
 #include "core/Numbers.h"
@@ -137,20 +138,24 @@ const std::vector<const char*>& HeaderColumns() {
     return columns;
 }
 
+const std::string& HeaderColumnList() {
+    static const std::string list = fmt::format("{}", fmt::join(HeaderColumns(), ","));
+    return list;
+}
+
 std::int32_t WriteHeader(Database& database, std::int32_t existingKey, const host::Transaction& t,
                          bool numberAssigned, const DateTime& savedAt) {
     // The texts are made once: every document is saved through them.
     static const std::pair<std::string, std::string> texts = [] {
-        std::string columns, placeholders, assignments;
+        std::string placeholders, assignments;
         for (const char* column : HeaderColumns()) {
-            columns += (columns.empty() ? "" : ",") + std::string(column);
             placeholders += placeholders.empty() ? "?" : ",?";
             assignments += (assignments.empty() ? "" : ",") + std::string(column) + "=?";
         }
         // A new header keeps its source's key with it (NULL for none); an overwritten one keeps
         // the one it has (see KeepSourceUID).
         return std::pair{fmt::format("INSERT INTO documents ({},SourceUID) VALUES ({},NULLIF(?,''))",
-                                     columns, placeholders),
+                                     HeaderColumnList(), placeholders),
                          fmt::format("UPDATE documents SET {} WHERE DocumentKey=?", assignments)};
     }();
     // The values in the order of HeaderColumns, then the source's key of a new header or the

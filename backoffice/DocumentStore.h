@@ -111,6 +111,8 @@ void RemoveChildren(Database& database, std::int32_t key);
 
 // The documents columns a header is written to.
 const std::vector<const char*>& HeaderColumns();
+// The same, joined by commas for a statement's text.
+const std::string& HeaderColumnList();
 // Inserts the header (existingKey 0), with its source's key when it has one, or overwrites it
 // (its source's key as it was); answers the document's key.
 std::int32_t WriteHeader(Database& database, std::int32_t existingKey, const host::Transaction& t,

@@ -299,9 +299,8 @@ std::optional<host::SavedDocument> TransactionService::Find(const std::string& d
     host::SavedDocument saved;
     saved.DocumentKey = key;
     host::Transaction& t = saved.Document;
-    std::string columns;
-    for (const char* column : HeaderColumns()) columns += (columns.empty() ? "" : ",") + std::string(column);
-    Statement header(database_, fmt::format("SELECT {} FROM documents WHERE DocumentKey=?", columns));
+    Statement header(database_,
+                     fmt::format("SELECT {} FROM documents WHERE DocumentKey=?", HeaderColumnList()));
     header.Bind({Variant(key)});
     header.Step();
     int c = 0;
