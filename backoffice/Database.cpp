@@ -8,6 +8,9 @@
 #include <climits>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
+
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -97,11 +100,32 @@ void ConnectionUse::End() {
 
 // ---------------------------------------------------------------- Statement
 
+namespace {
+
+// Whether the statement changes the schema (CREATE, DROP, ALTER): what was read before may then
+// no longer be there, with no row changed.
+bool ChangesSchema(sqlite3_stmt* statement) {
+    if (sqlite3_stmt_readonly(statement)) return false;
+    const char* text = sqlite3_sql(statement);
+    while (text != nullptr && std::isspace(static_cast<unsigned char>(*text))) ++text;
+    if (text == nullptr) return false;
+    for (const char* keyword : {"CREATE", "DROP", "ALTER"}) {
+        const std::size_t size = std::strlen(keyword);
+        if (sqlite3_strnicmp(text, keyword, static_cast<int>(size)) == 0 &&
+            !std::isalnum(static_cast<unsigned char>(text[size])) && text[size] != '_')
+            return true;
+    }
+    return false;
+}
+
+}  // namespace
+
 Statement::Statement(const Database& database, std::string_view sql)
     : database_(database), use_(database) {
     kept_ = database_.TakePrepared(sql);
     if (kept_ != nullptr) {
         statement_ = kept_->statement;
+        changesSchema_ = ChangesSchema(statement_);
         return;
     }
     sql_ = sql;
@@ -119,6 +143,7 @@ Statement::Statement(const Database& database, std::string_view sql)
             throw Error("Só é aceite uma instrução SQL de cada vez.");
         }
     }
+    changesSchema_ = ChangesSchema(statement_);
 }
 
 Statement::~Statement() {
@@ -238,6 +263,7 @@ void Statement::RunAndUnbind() {
 bool Statement::Step() {
     clean_ = false;
     const int rc = sqlite3_step(statement_);
+    if (changesSchema_) database_.EndReads();
     if (rc == SQLITE_ROW) return true;
     if (rc == SQLITE_DONE) return false;
     // Leave the statement ready for another run and report the real cause.
@@ -349,6 +375,11 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
                     rc);
     }
     sqlite3_extended_result_codes(db_, 1);
+    // What tells kept look-ups (KeptReads) that what they read may have changed.
+    sqlite3_update_hook(db_, &Database::OnRowChanged, this);
+    sqlite3_commit_hook(db_, &Database::OnCommit, this);
+    sqlite3_rollback_hook(db_, &Database::OnRollback, this);
+    sqlite3_set_authorizer(db_, &Database::OnAuthorize, this);
     busyTimeoutMilliseconds_ = BusyTimeoutMilliseconds();
     sqlite3_busy_timeout(db_, busyTimeoutMilliseconds_);
     try {
@@ -462,6 +493,9 @@ void Database::Exec(std::string_view sql) {
     const std::string text(sql);
     char* message = nullptr;
     const int rc = sqlite3_exec(db_, text.c_str(), nullptr, nullptr, &message);
+    // Savepoints rolled back to, schema changes: fixed SQL may change what was read without a
+    // row of its own.
+    EndReads();
     if (rc != SQLITE_OK) {
         const std::string detail = message != nullptr ? message : sqlite3_errstr(rc);
         sqlite3_free(message);
@@ -469,6 +503,79 @@ void Database::Exec(std::string_view sql) {
         if (IsDiskFull(rc)) throw Error(FullMessage(file_, detail), rc);
         throw Error(fmt::format("Erro na base de dados da retaguarda: {}", detail), rc);
     }
+}
+
+Database::WatchedTables Database::WatchTables(const std::vector<std::string_view>& tables) const {
+    const ConnectionUse use(*this, false);
+    WatchedTables set = 0;
+    for (const std::string_view table : tables) {
+        auto known = std::find(watched_.begin(), watched_.end(), table);
+        if (known == watched_.end()) {
+            if (watched_.size() == 64) throw Error("Demasiadas tabelas vigiadas.");
+            watched_.emplace_back(table);
+            tableChanged_.push_back(lastStamp_);
+            known = watched_.end() - 1;
+        }
+        set |= WatchedTables{1} << (known - watched_.begin());
+    }
+    seenTables_.clear();
+    // Statements prepared before are prepared again, so that a DELETE of a table watched from
+    // now on goes row by row as well (OnAuthorize).
+    sqlite3_set_authorizer(db_, &Database::OnAuthorize, const_cast<Database*>(this));
+    return set;
+}
+
+std::uint64_t Database::ReadStamp(WatchedTables tables) const {
+    const ConnectionUse use(*this, false);
+    if (sqlite3_txn_state(db_, "main") != SQLITE_TXN_WRITE) return 0;
+    std::uint64_t stamp = readsEnded_;
+    for (std::size_t i = 0; tables != 0; ++i, tables >>= 1) {
+        if ((tables & 1) != 0) stamp = std::max(stamp, tableChanged_[i]);
+    }
+    return stamp;
+}
+
+void Database::OnRowChanged(void* database, int, const char*, const char* table, long long) {
+    const auto& self = *static_cast<const Database*>(database);
+    // Called for every row written: the tables seen so far are known by where SQLite keeps
+    // their names, checked against the name itself (a table made anew may take the place of
+    // another's).
+    for (const SeenTable& seen : self.seenTables_) {
+        if (seen.name == table && seen.text == table) {
+            if (seen.slot >= 0) self.tableChanged_[static_cast<std::size_t>(seen.slot)] = ++self.lastStamp_;
+            return;
+        }
+    }
+    const auto watched = std::find(self.watched_.begin(), self.watched_.end(), std::string_view(table));
+    const int slot = watched == self.watched_.end() ? -1 : static_cast<int>(watched - self.watched_.begin());
+    if (self.seenTables_.size() >= 64) self.seenTables_.clear();
+    self.seenTables_.push_back({table, table, slot});
+    if (slot >= 0) self.tableChanged_[static_cast<std::size_t>(slot)] = ++self.lastStamp_;
+}
+
+int Database::OnCommit(void* database) {
+    static_cast<const Database*>(database)->EndReads();
+    return 0;  // the commit goes on
+}
+
+void Database::OnRollback(void* database) { static_cast<const Database*>(database)->EndReads(); }
+
+int Database::OnAuthorize(void* database, int action, const char* table, const char*, const char*,
+                          const char*) {
+    const auto& self = *static_cast<const Database*>(database);
+    const int previous = std::exchange(self.lastAuthorized_, action);
+    // A DELETE without WHERE empties a table at once, without a row change each; told to
+    // "ignore" it, SQLite deletes row by row instead, and OnRowChanged sees the table change.
+    // The same question right after a DROP is the dropping of the table itself, which
+    // "ignore" would skip.
+    if (action != SQLITE_DELETE || table == nullptr) return SQLITE_OK;
+    if (previous == SQLITE_DROP_TABLE || previous == SQLITE_DROP_TEMP_TABLE ||
+        previous == SQLITE_DROP_VIEW || previous == SQLITE_DROP_TEMP_VIEW)
+        return SQLITE_OK;
+    return std::find(self.watched_.begin(), self.watched_.end(), std::string_view(table)) !=
+                   self.watched_.end()
+               ? SQLITE_IGNORE
+               : SQLITE_OK;
 }
 
 void Database::Run(std::string_view sql) {

@@ -3,6 +3,7 @@
 // values as parameters, and write transactions. Every connection is set up the same way: WAL
 // journal (readers never wait for the writer), synchronous=NORMAL, foreign keys on, and a busy
 // timeout so that a second program on the same back office waits instead of failing.
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <filesystem>
@@ -140,6 +141,8 @@ private:
     std::string sql_;
     // Reset and unbound since its last run (RunWith): given back as it is.
     bool clean_ = true;
+    // Its runs end what kept look-ups stand for (see Database::ReadStamp).
+    bool changesSchema_ = false;
 };
 
 // Settings of the SQLite library that hold for the whole process, made once before the first
@@ -220,6 +223,16 @@ public:
     // enough that the watch never steps in between the reads and the writes of one save.
     static constexpr int kIdleBeforeWatchMilliseconds = 100;
 
+    // Tables whose look-ups are kept between uses (see KeptReads), as a set for ReadStamp.
+    using WatchedTables = std::uint64_t;
+    WatchedTables WatchTables(const std::vector<std::string_view>& tables) const;
+    // A look-up of `tables` read at one stamp still holds while the stamp stays the same: within
+    // one write transaction of this connection (no other program writes before it ends), until
+    // the transaction commits or rolls back (to a savepoint too), the connection runs fixed SQL
+    // (Exec), or it changes a row of one of the tables. 0 when no write transaction is open:
+    // what is read then may change under the next read, and is not kept.
+    std::uint64_t ReadStamp(WatchedTables tables) const;
+
     // Whether a record's transaction is held open under `tag` (see Transaction::Hold).
     bool HoldsRecord(std::int64_t tag) const { return held_.active && held_.tag == tag; }
     // Ends the held record, if any: runs what its holder asked to be done at its end, inside
@@ -294,6 +307,28 @@ private:
         KeptStatement* kept = nullptr;
     };
     mutable std::unordered_map<const char*, KeptText> byAddress_;
+
+    // What ReadStamp is made of. Every event that may end what a kept look-up stands for takes
+    // the next number: the end of a transaction or of a savepoint (`readsEnded_`), and a change
+    // of a watched table's row by this connection (`tableChanged_`, one per watched table).
+    mutable std::atomic<std::uint64_t> lastStamp_{1};
+    mutable std::atomic<std::uint64_t> readsEnded_{1};
+    mutable std::vector<std::string> watched_;
+    mutable std::vector<std::uint64_t> tableChanged_;
+    struct SeenTable {
+        const char* name;  // where SQLite keeps the table's name
+        std::string text;
+        int slot;          // in watched_, or -1
+    };
+    mutable std::vector<SeenTable> seenTables_;  // the tables OnRowChanged saw rows of
+    mutable int lastAuthorized_ = 0;              // the action OnAuthorize was last asked about
+    void EndReads() const { readsEnded_ = ++lastStamp_; }
+    static void OnRowChanged(void* database, int operation, const char* schema, const char* table,
+                             long long row);
+    static int OnCommit(void* database);
+    static void OnRollback(void* database);
+    static int OnAuthorize(void* database, int action, const char* table, const char*,
+                           const char*, const char*);
 
     struct Group {
         bool active = false;  // between BeginGroup and EndGroup

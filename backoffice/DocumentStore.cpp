@@ -216,20 +216,15 @@ void WritePayments(Database& database, std::int32_t key, const host::Transaction
     }
 }
 
-void WriteStockMovements(Database& database, std::int32_t key, const host::Transaction& t) {
+void WriteStockMovements(Database& database, std::int32_t key, const host::Transaction& t,
+                         const ReferenceLookups& lookups) {
     if (t.Stock == host::StockDirection::None) return;
-    // The item with exactly the line's code: a restaurant item left out because its code
-    // differs from a back-office item's only in letter case must not move that item's stock.
-    Statement stocked(database, "SELECT StockManagement FROM items WHERE ItemID=?1 AND ItemID=?1 COLLATE BINARY");
     Statement movement(database,
                        "INSERT INTO stock_movements (DocumentKey, LineNumber, ItemID, WarehouseID, "
                        "Quantity, MovementDate, Reversal) VALUES (?,?,?,?,?,?,0)");
     const double direction = static_cast<double>(static_cast<std::int16_t>(t.Stock));
     for (const host::TransactionLine& line : t.Lines) {
-        if (line.Quantity == 0) continue;
-        stocked.Reset();
-        stocked.BindValues(line.ItemID);
-        if (!stocked.Step() || !stocked.Column(0).ToBool()) continue;
+        if (line.Quantity == 0 || !lookups.KeepsStock(line.ItemID)) continue;
         movement.RunWith(key, line.LineNumber, line.ItemID, line.WarehouseID,
                          direction * line.Quantity, t.DocumentDate);
     }

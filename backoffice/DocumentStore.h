@@ -9,6 +9,7 @@
 
 #include "backoffice/Database.h"
 #include "backoffice/KeySet.h"
+#include "backoffice/ReferenceLookups.h"
 #include "host/ITransactionService.h"
 
 namespace kitra::backoffice {
@@ -121,7 +122,8 @@ std::int32_t WriteHeader(Database& database, std::int32_t existingKey, const hos
 void WriteLines(Database& database, std::int32_t key, const host::Transaction& t);
 void WritePayments(Database& database, std::int32_t key, const host::Transaction& t);
 // Stock-managed items the back office knows move stock in the line's warehouse.
-void WriteStockMovements(Database& database, std::int32_t key, const host::Transaction& t);
+void WriteStockMovements(Database& database, std::int32_t key, const host::Transaction& t,
+                         const ReferenceLookups& lookups);
 // A credit sale opens (or, replaced, keeps) the customer's debit entry for what was not paid,
 // less what receipts already settled of a replaced version; a payment on account opens a
 // credit entry for its amount.

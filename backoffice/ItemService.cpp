@@ -20,7 +20,8 @@ ItemService::ItemService(Database& database)
                         MapColumn("SupplierID", &Item::SupplierID),
                         MapColumn("ItemType", &Item::ItemType),
                         MapColumn("CostPrice", &Item::CostPrice),
-                        MapColumn("Notes", &Item::Notes)}}) {}
+                        MapColumn("Notes", &Item::Notes)},
+                       {"item_prices"}}) {}
 
 void ItemService::SaveChildren(const Item& item, const Variant& key) {
     // The five lines are always written whole, so a line never keeps a price from a former

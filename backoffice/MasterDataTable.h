@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 
 #include "backoffice/Database.h"
+#include "backoffice/KeptReads.h"
 #include "core/DateTime.h"
 #include "core/Numbers.h"
 #include "core/Variant.h"
@@ -79,7 +80,17 @@ struct TableMapping {
     std::string recordName;
     ColumnMapping<Record> key;
     std::vector<ColumnMapping<Record>> columns;  // every other column
+    // The tables of the record's rows in other tables (LoadChildren reads them).
+    std::vector<std::string> childTables = {};
 };
+
+// The tables a mapping reads a record from.
+template <class Record>
+std::vector<std::string_view> TablesOf(const TableMapping<Record>& mapping) {
+    std::vector<std::string_view> tables{mapping.table};
+    tables.insert(tables.end(), mapping.childTables.begin(), mapping.childTables.end());
+    return tables;
+}
 
 // The master-data contract `Interface` (an IMasterData<Record, Key>) over one table.
 // Services whose records have rows in other tables override the two child hooks.
@@ -90,7 +101,10 @@ public:
     using Key = typename Interface::KeyType;
 
     MasterDataTable(Database& database, TableMapping<Record> mapping)
-        : database_(database), mapping_(std::move(mapping)) {
+        : database_(database),
+          mapping_(std::move(mapping)),
+          existing_(database, TablesOf(mapping_)),
+          records_(database, TablesOf(mapping_)) {
         const std::string table = QuoteIdentifier(mapping_.table);
         const std::string key = QuoteIdentifier(mapping_.key.column);
         std::string columns = key, placeholders = "?", assignments;
@@ -108,19 +122,25 @@ public:
         deleteSql_ = fmt::format("DELETE FROM {} WHERE {}=?", table, key);
     }
 
+    // A run asks for the same few records again and again (each document its type, customer,
+    // salesman, tenders): they are kept while they hold (KeptReads).
     bool Exists(const Key& key) const override {
-        Statement exists(database_, existsSql_);
-        exists.Bind({KeyValue(key)});
-        return exists.Step();
+        return existing_.Get(key, [&] {
+            Statement exists(database_, existsSql_);
+            exists.Bind({KeyValue(key)});
+            return exists.Step();
+        });
     }
 
     std::optional<Record> Get(const Key& key) const override {
-        Statement select(database_, selectSql_);
-        select.Bind({KeyValue(key)});
-        if (!select.Step()) return std::nullopt;
-        Record record = ReadRow(select);
-        LoadChildren(record, KeyValue(key));
-        return record;
+        return records_.Get(key, [&]() -> std::optional<Record> {
+            Statement select(database_, selectSql_);
+            select.Bind({KeyValue(key)});
+            if (!select.Step()) return std::nullopt;
+            Record record = ReadRow(select);
+            LoadChildren(record, KeyValue(key));
+            return record;
+        });
     }
 
     void Save(const Record& record, const Key& key, bool isNew) override {
@@ -191,6 +211,8 @@ private:
     }
 
     TableMapping<Record> mapping_;  // every table has at least one column besides its key
+    KeptReads<Key, bool> existing_;
+    KeptReads<Key, std::optional<Record>> records_;
     std::string existsSql_, selectSql_, listSql_, insertSql_, updateSql_, deleteSql_;
 };
 

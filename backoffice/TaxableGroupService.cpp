@@ -8,7 +8,8 @@ TaxableGroupService::TaxableGroupService(Database& database)
     : MasterDataTable(database, {"taxable_groups",
                                  "a taxa de IVA",
                                  MapColumn("TaxableGroupID", &TaxableGroup::TaxableGroupID),
-                                 {MapColumn("Description", &TaxableGroup::Description)}}) {}
+                                 {MapColumn("Description", &TaxableGroup::Description)},
+                                 {"taxable_group_rates"}}) {}
 
 void TaxableGroupService::SaveChildren(const TaxableGroup& group, const Variant& key) {
     Statement clear(database_, "DELETE FROM taxable_group_rates WHERE TaxableGroupID=?");

@@ -28,8 +28,8 @@ host::StockDirection StockDirectionOf(host::DocumentKind kind) {
 
 void TransactionBusiness::InitNewTransaction(const std::string& documentTypeID,
                                              const std::string& seriesID) {
-    const host::DocumentKind kind = KindOfDocumentType(database_, documentTypeID);
-    CheckSeries(database_, seriesID);
+    const host::DocumentKind kind = lookups_.KindOfDocumentType(documentTypeID);
+    lookups_.CheckSeries(seriesID);
     transaction_ = host::Transaction{};
     rates_.clear();
     transaction_.DocumentTypeID = documentTypeID;
@@ -42,20 +42,12 @@ void TransactionBusiness::SetTransactionDefaults(const host::DocumentType& defin
                                                  std::int16_t workstationID) {
     transaction_.Kind = definition.Kind;
     transaction_.Stock = StockDirectionOf(definition.Kind);
-    Statement company(database_, "SELECT CountryID, TaxRegionID, CurrencyID FROM company");
-    if (!company.Step()) throw Error("A retaguarda não tem empresa definida.");
-    transaction_.Tax = {company.ColumnText(0), company.Column(1).ToInt32()};
-    transaction_.CurrencyID = company.ColumnText(2);
+    CompanyTerms company = lookups_.Company();
+    transaction_.Tax = std::move(company.tax);
+    transaction_.CurrencyID = std::move(company.currencyID);
     rates_.clear();
     transaction_.WorkstationID = workstationID;
-    // The workstation's warehouse; a workstation the back office does not know takes the first
-    // warehouse.
-    Statement warehouse(database_,
-                        "SELECT COALESCE((SELECT WarehouseID FROM workstations WHERE "
-                        "WorkstationID=?), (SELECT MIN(WarehouseID) FROM warehouses), 0)");
-    warehouse.Bind({Variant(workstationID)});
-    warehouse.Step();
-    transaction_.WarehouseID = warehouse.Column(0).ToInt16();
+    transaction_.WarehouseID = lookups_.WarehouseOf(workstationID);
 }
 
 host::TransactionLine TransactionBusiness::NewLine() const {
@@ -69,16 +61,7 @@ host::TransactionLine TransactionBusiness::NewLine() const {
 
 double TransactionBusiness::RateOf(std::int16_t taxableGroupID) const {
     if (auto known = rates_.find(taxableGroupID); known != rates_.end()) return known->second;
-    Statement rate(database_,
-                   "SELECT Rate FROM taxable_group_rates "
-                   "WHERE TaxableGroupID=? AND CountryID=? AND TaxRegionID=?");
-    rate.BindValues(taxableGroupID, transaction_.Tax.CountryID, transaction_.Tax.TaxRegionID);
-    if (!rate.Step()) {
-        throw Error(fmt::format("A taxa de IVA {} não tem valor na região fiscal {}/{}.",
-                                taxableGroupID, transaction_.Tax.CountryID,
-                                transaction_.Tax.TaxRegionID));
-    }
-    return rates_[taxableGroupID] = rate.Column(0).ToDouble();
+    return rates_[taxableGroupID] = lookups_.Rate(taxableGroupID, transaction_.Tax);
 }
 
 void TransactionBusiness::CalculateLine(host::TransactionLine& line) const {
@@ -129,14 +112,14 @@ const Clock& TransactionService::DefaultClock() {
 }
 
 TransactionService::TransactionService(Database& database, const Clock& clock)
-    : database_(database), clock_(clock) {}
+    : database_(database), clock_(clock), lookups_(database) {}
 
 std::unique_ptr<host::ITransactionBusiness> TransactionService::NewTransactionBusiness() const {
     // One business object builds the documents of one import step: the documents it brings are
     // matched anew to those the back office numbered.
     taken_.clear();
     movedInStep_.clear();
-    return std::make_unique<TransactionBusiness>(database_);
+    return std::make_unique<TransactionBusiness>(database_, lookups_);
 }
 
 namespace {
@@ -159,8 +142,8 @@ bool IsVoid(const Database& database, std::int32_t key) {
 void TransactionService::Save(host::Transaction& transaction) {
     Transaction write(database_, TransactionKind::Record);
     held_.reset();  // the record held before has ended
-    const host::DocumentKind kind = KindOfDocumentType(database_, transaction.DocumentTypeID);
-    CheckSeries(database_, transaction.SeriesID);
+    const host::DocumentKind kind = lookups_.KindOfDocumentType(transaction.DocumentTypeID);
+    lookups_.CheckSeries(transaction.SeriesID);
     // The document type decides the kind, and with it the stock and the current account.
     transaction.Kind = kind;
     transaction.Stock = StockDirectionOf(kind);
@@ -168,7 +151,7 @@ void TransactionService::Save(host::Transaction& transaction) {
         throw Error(fmt::format("O número de documento {} não é válido.", transaction.DocumentNumber));
     }
     {
-        TransactionBusiness calculator(database_);
+        TransactionBusiness calculator(database_, lookups_);
         calculator.Current() = transaction;
         for (host::TransactionLine& line : calculator.Current().Lines) calculator.CalculateLine(line);
         calculator.Calculate();
@@ -229,7 +212,7 @@ void TransactionService::Save(host::Transaction& transaction) {
     WriteLines(database_, key, transaction);
     WritePayments(database_, key, transaction);
     if (transaction.StateCode != host::document_state::kVoid) {
-        WriteStockMovements(database_, key, transaction);
+        WriteStockMovements(database_, key, transaction, lookups_);
         WriteAccountEntry(database_, key, transaction, settled);
         WriteCashMovements(database_, key, transaction);
     }

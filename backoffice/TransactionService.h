@@ -12,6 +12,7 @@
 
 #include "backoffice/Database.h"
 #include "backoffice/KeySet.h"
+#include "backoffice/ReferenceLookups.h"
 #include "core/Clock.h"
 #include "host/ITransactionService.h"
 
@@ -19,7 +20,9 @@ namespace kitra::backoffice {
 
 class TransactionBusiness final : public host::ITransactionBusiness {
 public:
-    explicit TransactionBusiness(Database& database) : database_(database) {}
+    // `lookups` is the service's, and outlives the business object.
+    TransactionBusiness(Database& database, const ReferenceLookups& lookups)
+        : database_(database), lookups_(lookups) {}
 
     void InitNewTransaction(const std::string& documentTypeID,
                             const std::string& seriesID) override;
@@ -43,8 +46,11 @@ private:
     host::Transaction Calculated() const;
 
     Database& database_;
+    const ReferenceLookups& lookups_;
     host::Transaction transaction_;
-    mutable std::map<std::int16_t, double> rates_;  // of the transaction's tax context
+    // The rates asked while the transaction is built, of its tax context: a document's
+    // calculation asks each line's rate several times.
+    mutable std::map<std::int16_t, double> rates_;
 };
 
 class TransactionService final : public host::ITransactionService {
@@ -73,6 +79,7 @@ private:
 
     Database& database_;
     const Clock& clock_;
+    ReferenceLookups lookups_;
     // The documents numbered here that the documents saved since the last business object was
     // made have been matched to: each is one source record, never two (NumberedHereMatch).
     mutable KeySet taken_;

@@ -2,6 +2,10 @@
 // their stock and current-account effects, numbering, replacement and refund.
 #include <gtest/gtest.h>
 
+#include <sqlite3.h>
+
+#include <string_view>
+
 #include "backoffice/AccountTransactionService.h"
 #include "backoffice/DocumentCalculation.h"
 #include "backoffice/Schema.h"
@@ -255,6 +259,87 @@ TEST_F(Documents, DocumentTypesAndSeriesAreCheckedWithClearMessages) {
     } catch (const Error& e) {
         EXPECT_EQ(e.Description(), "A série 'OLD' não está activa.");
     }
+}
+
+// What another program changes between two groups of a run holds for the next document: the
+// reference look-ups kept within a group are read again after its commit.
+TEST_F(Documents, ASeriesClosedElsewhereBetweenTwoGroupsStopsTheNextDocument) {
+    GroupedCommits grouped(office->GetDatabase(), 1000, 60000);
+    auto first = NewDocument("VB", 12);
+    office->transactions.Save(first->Current());
+    office->GetDatabase().CommitGroup();
+    {
+        Database other(office.File(), Database::OpenMode::Existing);
+        other.Exec("UPDATE document_series SET Active=0 WHERE SeriesID='EXT'");
+    }
+    try {
+        auto second = NewDocument("VB", 13);
+        office->transactions.Save(second->Current());
+        FAIL() << "a closed series took a document";
+    } catch (const Error& e) {
+        EXPECT_EQ(e.Description(), "A série 'EXT' não está activa.");
+    }
+    grouped.End();
+}
+
+TEST_F(Documents, AnItemThatStopsKeepingStockElsewhereBetweenTwoGroupsMovesNoMore) {
+    GroupedCommits grouped(office->GetDatabase(), 1000, 60000);
+    auto first = NewDocument("VB", 12);
+    office->transactions.Save(first->Current());
+    office->GetDatabase().CommitGroup();
+    {
+        Database other(office.File(), Database::OpenMode::Existing);
+        other.Exec("UPDATE items SET StockManagement=0 WHERE ItemID='C100';"
+                   "UPDATE document_types SET Kind=" +
+                   std::to_string(static_cast<int>(DocumentKind::CreditSale)) +
+                   " WHERE DocumentTypeID='VB'");
+    }
+    auto second = NewDocument("VB", 13);
+    office->transactions.Save(second->Current());
+    grouped.End();
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2);
+    EXPECT_EQ(office->transactions.Find("VB", "EXT", 12)->Document.Kind, DocumentKind::Sale);
+    EXPECT_EQ(office->transactions.Find("VB", "EXT", 13)->Document.Kind, DocumentKind::CreditSale);
+}
+
+// How many times the back office ran a statement whose text holds `fragment` while `work` ran.
+template <class Work>
+int StatementsRun(Database& database, const char* fragment, Work&& work) {
+    struct Count {
+        const char* fragment;
+        int runs = 0;
+    } count{fragment};
+    sqlite3_trace_v2(
+        database.Handle(), SQLITE_TRACE_STMT,
+        [](unsigned, void* context, void* statement, void*) {
+            auto& c = *static_cast<Count*>(context);
+            const char* sql = sqlite3_sql(static_cast<sqlite3_stmt*>(statement));
+            if (sql != nullptr && std::string_view(sql).find(c.fragment) != std::string_view::npos) ++c.runs;
+            return 0;
+        },
+        &count);
+    work();
+    sqlite3_trace_v2(database.Handle(), 0, nullptr, nullptr);
+    return count.runs;
+}
+
+TEST_F(Documents, WithinAGroupTheDocumentsReferencesAreReadOnce) {
+    Database& database = office->GetDatabase();
+    auto saveThree = [&](std::int32_t first) {
+        return [&, first] {
+            for (std::int32_t number = first; number < first + 3; ++number) {
+                auto business = NewDocument("VB", number);
+                office->transactions.Save(business->Current());
+            }
+        };
+    };
+    // Each document in a transaction of its own reads them again.
+    EXPECT_EQ(StatementsRun(database, "StockManagement FROM items", saveThree(21)), 3);
+    GroupedCommits grouped(database, 1000, 60000);
+    EXPECT_EQ(StatementsRun(database, "StockManagement FROM items", saveThree(31)), 1);
+    EXPECT_EQ(StatementsRun(database, "Kind FROM document_types", saveThree(41)), 0);
+    grouped.End();
+    EXPECT_DOUBLE_EQ(Stock("C100"), -2 * 9);
 }
 
 TEST_F(Documents, ACreditSaleOpensAnAccountEntryForWhatWasNotPaid) {
