@@ -2,9 +2,11 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <string>
 
 #include "core/Error.h"
 
@@ -104,15 +106,50 @@ double ParseNumberStrict(std::string_view text, char decimalSeparator) {
     std::size_t end = text.size();
     while (begin < end && IsBlank(text[begin])) ++begin;
     while (end > begin && IsBlank(text[end - 1])) --end;
-    std::string normal;
     std::size_t i = begin;
+    bool negative = false;
     if (i < end && (text[i] == '+' || text[i] == '-')) {
-        if (text[i] == '-') normal += '-';
+        negative = text[i] == '-';
         ++i;
     }
+    const std::size_t digitsBegin = i;
     bool seenSeparator = false;
     bool seenDigit = false;
+    // The digits as a whole number and the count of those after the separator: a number of
+    // at most 15 digits and 22 decimals is that whole number divided by a power of ten, both
+    // exact in a double, so the division gives the correctly rounded value strtod gives.
+    std::uint64_t whole = 0;
+    int digits = 0;
+    int decimals = 0;
     for (; i < end; ++i) {
+        const char c = text[i];
+        if (c >= '0' && c <= '9') {
+            seenDigit = true;
+            if (whole != 0 || c != '0') ++digits;
+            whole = whole * 10 + static_cast<std::uint64_t>(c - '0');
+            if (seenSeparator) ++decimals;
+            if (digits > 15) break;
+        } else if (c == decimalSeparator && !seenSeparator) {
+            seenSeparator = true;
+        } else {
+            throw errors::TypeMismatch();
+        }
+    }
+    if (i == end) {
+        if (!seenDigit) throw errors::TypeMismatch();
+        static constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+        if (decimals <= 22) {
+            const double value = static_cast<double>(whole) / kPowersOfTen[decimals];
+            return negative ? -value : value;
+        }
+    }
+    // Longer numbers: the text made plain for strtod, checked to its end.
+    std::string normal = negative ? "-" : "";
+    seenSeparator = false;
+    seenDigit = false;
+    for (i = digitsBegin; i < end; ++i) {
         const char c = text[i];
         if (c >= '0' && c <= '9') {
             normal += c;

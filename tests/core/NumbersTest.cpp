@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <random>
+#include <string>
 
 #include "core/Error.h"
 #include "tests/core/ErrorOf.h"
@@ -109,6 +114,33 @@ TEST(ParseNumberStrict, AcceptsOnlyWholeNumbers) {
         EXPECT_EQ(ErrorOf([&] { ParseNumberStrict(bad, ','); }), "Type mismatch") << bad;
     }
     EXPECT_EQ(ErrorOf([] { ParseNumberStrict("6,5", '.'); }), "Type mismatch");
+}
+
+TEST(ParseNumberStrict, GivesExactlyWhatTheLibraryReadsForEveryLength) {
+    // Short numbers are read without the library; every length, with and without decimals,
+    // leading zeros and signs, must give the very same double.
+    std::mt19937_64 random(20261126);
+    for (int i = 0; i < 200000; ++i) {
+        const int length = 1 + static_cast<int>(random() % 26);
+        std::string digits;
+        for (int d = 0; d < length; ++d) digits += static_cast<char>('0' + random() % 10);
+        const std::size_t separator = random() % (digits.size() + 2);
+        std::string text = digits, plain = digits;
+        if (separator <= digits.size()) {
+            text.insert(separator, ",");
+            plain.insert(separator, ".");
+        }
+        if (random() % 4 == 0) {
+            text = "-" + text;
+            plain = "-" + plain;
+        }
+        const double expected = std::strtod(plain.c_str(), nullptr);
+        const double got = ParseNumberStrict(text, ',');
+        ASSERT_EQ(std::memcmp(&got, &expected, sizeof got), 0) << text << " " << got << " " << expected;
+    }
+    EXPECT_TRUE(std::signbit(ParseNumberStrict("-0", ',')));
+    EXPECT_EQ(ParseNumberStrict("0,0000000000000000000000001", ','), 1e-25);
+    EXPECT_EQ(ParseNumberStrict("00000000000000000000123,5", ','), 123.5);
 }
 
 }  // namespace
