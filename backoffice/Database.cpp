@@ -16,6 +16,7 @@
 
 #include "core/DateTime.h"
 #include "core/Environment.h"
+#include "core/Text.h"
 
 namespace kitra::backoffice {
 namespace {
@@ -509,7 +510,9 @@ Database::WatchedTables Database::WatchTables(const std::vector<std::string_view
     const ConnectionUse use(*this, false);
     WatchedTables set = 0;
     for (const std::string_view table : tables) {
-        auto known = std::find(watched_.begin(), watched_.end(), table);
+        // SQLite's names are the same in any letter case.
+        auto known = std::find_if(watched_.begin(), watched_.end(),
+                                  [&](const std::string& name) { return EqualsNoCase(name, table); });
         if (known == watched_.end()) {
             if (watched_.size() == 64) throw Error("Demasiadas tabelas vigiadas.");
             watched_.emplace_back(table);
@@ -546,7 +549,8 @@ void Database::OnRowChanged(void* database, int, const char*, const char* table,
             return;
         }
     }
-    const auto watched = std::find(self.watched_.begin(), self.watched_.end(), std::string_view(table));
+    const auto watched = std::find_if(self.watched_.begin(), self.watched_.end(),
+                                      [&](const std::string& name) { return EqualsNoCase(name, table); });
     const int slot = watched == self.watched_.end() ? -1 : static_cast<int>(watched - self.watched_.begin());
     if (self.seenTables_.size() >= 64) self.seenTables_.clear();
     self.seenTables_.push_back({table, table, slot});
@@ -572,8 +576,8 @@ int Database::OnAuthorize(void* database, int action, const char* table, const c
     if (previous == SQLITE_DROP_TABLE || previous == SQLITE_DROP_TEMP_TABLE ||
         previous == SQLITE_DROP_VIEW || previous == SQLITE_DROP_TEMP_VIEW)
         return SQLITE_OK;
-    return std::find(self.watched_.begin(), self.watched_.end(), std::string_view(table)) !=
-                   self.watched_.end()
+    return std::any_of(self.watched_.begin(), self.watched_.end(),
+                       [&](const std::string& name) { return EqualsNoCase(name, table); })
                ? SQLITE_IGNORE
                : SQLITE_OK;
 }

@@ -102,6 +102,23 @@ TEST_F(KeptLookUps, ARowOfTheTableWrittenByThisConnectionIsReadAgain) {
     EXPECT_EQ(reads_, 4);
 }
 
+TEST_F(KeptLookUps, ATableIsTheSameInAnyLetterCase) {
+    KeptReads<std::string, int> counts(Db(), {"PRICES"});
+    auto count = [&] {
+        return counts.Get("all", [&] {
+            Statement all(Db(), "SELECT COUNT(*) FROM prices");
+            all.Step();
+            return all.Column(0).ToInt32();
+        });
+    };
+    Transaction write(Db());
+    EXPECT_EQ(count(), 2);
+    Write("INSERT INTO Prices VALUES ('C', 30)");
+    EXPECT_EQ(count(), 3);
+    Write("DELETE FROM PRICES");
+    EXPECT_EQ(count(), 0);
+}
+
 TEST_F(KeptLookUps, ATableEmptiedAtOnceIsReadAgain) {
     Transaction write(Db());
     EXPECT_EQ(Price("A"), 10);
