@@ -1,8 +1,7 @@
 #include "backoffice/ReferenceLookups.h"
 
-#include <fmt/format.h>
-
 #include "backoffice/DocumentStore.h"
+#include "backoffice/TaxService.h"
 
 namespace kitra::backoffice {
 
@@ -59,17 +58,8 @@ std::int16_t ReferenceLookups::WarehouseOf(std::int16_t workstationID) const {
 }
 
 double ReferenceLookups::Rate(std::int16_t taxableGroupID, const host::TaxContext& context) const {
-    return rates_.Get(RateKey{taxableGroupID, context.TaxRegionID, context.CountryID}, [&] {
-        Statement rate(database_,
-                       "SELECT Rate FROM taxable_group_rates "
-                       "WHERE TaxableGroupID=? AND CountryID=? AND TaxRegionID=?");
-        rate.BindValues(taxableGroupID, context.CountryID, context.TaxRegionID);
-        if (!rate.Step()) {
-            throw Error(fmt::format("A taxa de IVA {} não tem valor na região fiscal {}/{}.",
-                                    taxableGroupID, context.CountryID, context.TaxRegionID));
-        }
-        return rate.Column(0).ToDouble();
-    });
+    return rates_.Get(RateKey{taxableGroupID, context.TaxRegionID, context.CountryID},
+                      [&] { return TaxableGroupRate(database_, taxableGroupID, context); });
 }
 
 std::size_t ReferenceLookups::RateKeyHash::operator()(const RateKey& key) const noexcept {

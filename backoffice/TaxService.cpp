@@ -23,7 +23,14 @@ std::int16_t TaxService::TaxableGroupForRate(double rate, const host::TaxContext
 double TaxService::ValueWithTaxableGroup(double amount, std::int32_t taxableGroupID,
                                          const host::TaxContext& context,
                                          host::TaxCalculation calculation) const {
-    Statement rate(database_,
+    const double factor = 1.0 + TaxableGroupRate(database_, taxableGroupID, context) / 100.0;
+    return RoundMoney(calculation == host::TaxCalculation::RemoveTax ? amount / factor
+                                                                     : amount * factor);
+}
+
+double TaxableGroupRate(const Database& database, std::int32_t taxableGroupID,
+                        const host::TaxContext& context) {
+    Statement rate(database,
                    "SELECT Rate FROM taxable_group_rates "
                    "WHERE TaxableGroupID=? AND CountryID=? AND TaxRegionID=?");
     rate.BindValues(taxableGroupID, context.CountryID, context.TaxRegionID);
@@ -31,9 +38,7 @@ double TaxService::ValueWithTaxableGroup(double amount, std::int32_t taxableGrou
         throw Error(fmt::format("A taxa de IVA {} não tem valor na região fiscal {}/{}.",
                                 taxableGroupID, context.CountryID, context.TaxRegionID));
     }
-    const double factor = 1.0 + rate.Column(0).ToDouble() / 100.0;
-    return RoundMoney(calculation == host::TaxCalculation::RemoveTax ? amount / factor
-                                                                     : amount * factor);
+    return rate.Column(0).ToDouble();
 }
 
 }  // namespace kitra::backoffice

@@ -20,4 +20,8 @@ private:
     Database& database_;
 };
 
+// The taxable group's rate in the tax context; fails with an Error naming both when it has none.
+double TaxableGroupRate(const Database& database, std::int32_t taxableGroupID,
+                        const host::TaxContext& context);
+
 }  // namespace kitra::backoffice
